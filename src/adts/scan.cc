@@ -1,0 +1,234 @@
+#include "adts/scan.h"
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <cstddef>
+#include <vector>
+
+#include "adts/stream_config.h"
+
+namespace adts {
+namespace {
+
+constexpr size_t kWindowSize = 65536;
+constexpr int64_t kHeaderBytes = 7;
+constexpr int32_t kHeaderBytesWithCrc = 9;
+constexpr int32_t kSamplesPerBlock = 1024;
+
+struct Header {
+  int32_t frame_length;  // bytes, header included
+  int32_t samples;       // per channel
+  int32_t sample_rate;   // Hz
+};
+
+bool IsSyncword(uint8_t first, uint8_t second) {
+  // Layer must be 0; ID and protection_absent are free.
+  return first == 0xFF && (second & 0xF6) == 0xF0;
+}
+
+bool ParseHeader(const uint8_t* bytes, Header* header) {
+  if (!IsSyncword(bytes[0], bytes[1])) {
+    return false;
+  }
+  const size_t frequency_index = bytes[2] >> 2 & 0x0F;
+  if (frequency_index >= kSamplingFrequencies.size()) {
+    return false;
+  }
+  const bool has_crc = (bytes[1] & 0x01) == 0;
+  const int32_t length =
+      (bytes[3] & 0x03) << 11 | bytes[4] << 3 | bytes[5] >> 5;
+  if (length <= (has_crc ? kHeaderBytesWithCrc : int32_t{kHeaderBytes})) {
+    return false;
+  }
+  header->frame_length = length;
+  header->samples = ((bytes[6] & 0x03) + 1) * kSamplesPerBlock;
+  header->sample_rate = kSamplingFrequencies[frequency_index];
+  return true;
+}
+
+// A positioned read buffer that restarts at whatever offset it does not hold.
+struct Window {
+  explicit Window(int file) : fd(file), buffer(kWindowSize) {}
+
+  // The byte at `offset`, or -1 past the end or where nothing can be read.
+  int ByteAt(int64_t offset);
+
+  // True, with `header` filled, when a valid header stands at `offset`.
+  bool HeaderAt(int64_t offset, Header* header);
+
+  bool Holds(int64_t offset, int64_t size) const {
+    return offset >= start &&
+           offset + size <= start + static_cast<int64_t>(valid);
+  }
+  const uint8_t* At(int64_t offset) const {
+    return buffer.data() + (offset - start);
+  }
+  void Fill();
+
+  const int fd;
+  std::vector<uint8_t> buffer;
+  int64_t start = 0;   // file offset of the first buffered byte
+  size_t valid = 0;    // buffered bytes
+  int read_error = 0;  // the first errno of a failed read
+};
+
+void Window::Fill() {
+  while (valid < buffer.size()) {
+    const ssize_t count =
+        pread(fd, buffer.data() + valid, buffer.size() - valid,
+              static_cast<off_t>(start + static_cast<int64_t>(valid)));
+    if (count > 0) {
+      valid += static_cast<size_t>(count);
+    } else if (count == 0) {
+      return;
+    } else if (errno != EINTR) {
+      read_error = read_error == 0 ? errno : read_error;
+      return;
+    }
+  }
+}
+
+int Window::ByteAt(int64_t offset) {
+  if (!Holds(offset, 1)) {
+    start = offset;
+    valid = 0;
+    Fill();
+  }
+  return valid == 0 ? -1 : *At(offset);
+}
+
+bool Window::HeaderAt(int64_t offset, Header* header) {
+  if (Holds(offset, kHeaderBytes)) {
+    return ParseHeader(At(offset), header);
+  }
+  std::array<uint8_t, kHeaderBytes> bytes;
+  for (size_t i = 0; i < bytes.size(); ++i) {
+    const int byte = ByteAt(offset + static_cast<int64_t>(i));
+    if (byte < 0) {
+      return false;
+    }
+    bytes[i] = static_cast<uint8_t>(byte);
+  }
+  return ParseHeader(bytes.data(), header);
+}
+
+// One pass over a file of `length` bytes, `length` above 0.
+class Scanner {
+ public:
+  Scanner(int fd, int64_t length) : window(fd), size(length) {
+    totals.stream_end = size;
+  }
+
+  // 0 and `scan` filled, or the errno of the first failed read.
+  int Run(Scan* scan);
+
+ private:
+  bool Step();
+  bool Accept(const Header& header);
+  bool IsCutHeader();
+  bool Resynchronise();
+  bool IsConfirmed(int64_t candidate);
+
+  Window window;
+  const int64_t size;
+  int64_t position = 0;
+  Scan totals = {};
+};
+
+int Scanner::Run(Scan* scan) {
+  while (position < size && Step()) {
+  }
+  if (window.read_error != 0) {
+    return window.read_error;
+  }
+  *scan = totals;
+  return 0;
+}
+
+// Moves past one frame or one run of foreign bytes; false ends the scan.
+bool Scanner::Step() {
+  Header header;
+  if (window.HeaderAt(position, &header)) {
+    return Accept(header);
+  }
+  if (window.read_error != 0) {
+    return false;
+  }
+  if (IsCutHeader()) {
+    totals.stream_end = position;
+    return false;
+  }
+  return Resynchronise();
+}
+
+// False when the frame runs past the end of the file: it is torn.
+bool Scanner::Accept(const Header& header) {
+  if (position + header.frame_length > size) {
+    totals.stream_end = position;
+    return false;
+  }
+  position += header.frame_length;
+  totals.valid_end = position;
+  totals.samples += header.samples;
+  totals.sample_rate = header.sample_rate;
+  return true;
+}
+
+// Whether the file ends at most six bytes into what begins like a header.
+bool Scanner::IsCutHeader() {
+  const int64_t left = size - position;
+  if (left >= kHeaderBytes || window.ByteAt(position) != 0xFF) {
+    return false;
+  }
+  return left == 1 || (window.ByteAt(position + 1) & 0xF6) == 0xF0;
+}
+
+// Moves to the next frame behind foreign bytes; false when there is none.
+bool Scanner::Resynchronise() {
+  for (int64_t candidate = position + 1; candidate + kHeaderBytes <= size;
+       ++candidate) {
+    if (IsConfirmed(candidate)) {
+      totals.skipped_bytes += candidate - position;
+      position = candidate;
+      return true;
+    }
+    if (window.read_error != 0 || window.ByteAt(candidate) < 0) {
+      return false;  // unreadable, or cut shorter meanwhile
+    }
+  }
+  return false;
+}
+
+// A syncword occurs by chance: a frame counts only with another header, or
+// the end of the file, right behind it.
+bool Scanner::IsConfirmed(int64_t candidate) {
+  Header header;
+  if (!window.HeaderAt(candidate, &header)) {
+    return false;
+  }
+  const int64_t end = candidate + header.frame_length;
+  return end == size || (end < size && window.HeaderAt(end, &header));
+}
+
+}  // namespace
+
+int64_t Scan::DurationMs() const {
+  return sample_rate < 1 ? 0 : samples * 1000 / sample_rate;
+}
+
+int ScanFile(int fd, Scan* scan) {
+  struct stat status;
+  if (fstat(fd, &status) != 0) {
+    return errno;
+  }
+  if (status.st_size <= 0) {
+    *scan = {0, status.st_size, 0, 0, 0};
+    return 0;
+  }
+  return Scanner(fd, status.st_size).Run(scan);
+}
+
+}  // namespace adts
