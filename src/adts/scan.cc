@@ -49,6 +49,10 @@ bool ParseHeader(const uint8_t* bytes, Header* header) {
   return true;
 }
 
+// The reason of the call that just failed. One that gives none has failed all
+// the same: 0 would pass for success, and a file for empty.
+int FailureReason() { return errno == 0 ? EIO : errno; }
+
 // A positioned read buffer that restarts at whatever offset it does not hold.
 struct Window {
   explicit Window(int file) : fd(file), buffer(kWindowSize) {}
@@ -85,7 +89,7 @@ void Window::Fill() {
     } else if (count == 0) {
       return;
     } else if (errno != EINTR) {
-      read_error = read_error == 0 ? errno : read_error;
+      read_error = read_error == 0 ? FailureReason() : read_error;
       return;
     }
   }
@@ -164,7 +168,8 @@ bool Scanner::Step() {
   return Resynchronise();
 }
 
-// False when the frame runs past the end of the file: it is torn.
+// False when the frame runs past the end of the file: it is torn, and nothing
+// behind its header can be told from its payload.
 bool Scanner::Accept(const Header& header) {
   if (position + header.frame_length > size) {
     totals.stream_end = position;
@@ -196,7 +201,9 @@ bool Scanner::Resynchronise() {
       return true;
     }
     if (window.read_error != 0 || window.ByteAt(candidate) < 0) {
-      return false;  // unreadable, or cut shorter meanwhile
+      // Unreadable, or cut shorter meanwhile: one read a missing byte, to the
+      // end of what was once the file, would find nothing.
+      return false;
     }
   }
   return false;
@@ -222,7 +229,7 @@ int64_t Scan::DurationMs() const {
 int ScanFile(int fd, Scan* scan) {
   struct stat status;
   if (fstat(fd, &status) != 0) {
-    return errno;
+    return FailureReason();
   }
   if (status.st_size <= 0) {
     *scan = {0, status.st_size, 0, 0, 0};

@@ -46,7 +46,8 @@ struct AdtsAacEncoder {
   using LogCallback =
       std::function<void(const char* level, const std::string& message)>;
 
-  // `file` is borrowed, open for appending, and must outlive the encoder.
+  // `file` is borrowed, open for appending, and stays open until the last
+  // `Finish`.
   AdtsAacEncoder(int file, std::string capture_path, int32_t rate,
                  int32_t channel_count, int64_t bits_per_second,
                  LogCallback log_callback);

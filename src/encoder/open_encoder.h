@@ -19,7 +19,7 @@ namespace {
 
 constexpr char kAacEncoderName[] = "aac";
 
-#ifdef AV_PROFILE_AAC_LOW  // the name since FFmpeg 7.0
+#ifdef AV_PROFILE_AAC_LOW  // the name in newer releases
 constexpr int kAacLowComplexity = AV_PROFILE_AAC_LOW;
 #else
 constexpr int kAacLowComplexity = FF_PROFILE_AAC_LOW;
@@ -84,7 +84,8 @@ bool AdtsAacEncoder::PrepareFrame(NativeError* error) {
   return result >= 0 || FailAv(error, "av_frame_get_buffer", result);
 }
 
-// Makes the headers say what the encoder really produces.
+// Makes the headers say what the encoder really produces: a player believes
+// them, so a wrong one plays at the wrong speed.
 void AdtsAacEncoder::Reconcile() {
   const int size = std::max(codec->extradata_size, 0);
   adts::StreamConfig reported = {kAacLcObjectType, 0, 0};

@@ -1,4 +1,5 @@
-// "finalizePath": seals a capture by its path.
+// "finalizePath": the check that what is asked for is the capture itself. Main
+// thread.
 #ifndef CORVANE_FINALIZE_FINALIZE_PATH_H_
 #define CORVANE_FINALIZE_FINALIZE_PATH_H_
 
@@ -63,7 +64,6 @@ NativeError other_output_error(const std::string& capture,
                      capture);
 }
 
-// Main thread.
 void handle_finalize_path(FlMethodCall* call, FlValue* args,
                           PluginState* state) {
   const char* capture = lookup_path(args, "capturePath");

@@ -1,4 +1,5 @@
-// "finalizeWavOnly": repairs the header of a 16-bit PCM WAV file in place.
+// "finalizeWavOnly": the check of what the repair of a WAV file needs. Main
+// thread.
 #ifndef CORVANE_FINALIZE_FINALIZE_WAV_ONLY_H_
 #define CORVANE_FINALIZE_FINALIZE_WAV_ONLY_H_
 
@@ -9,7 +10,6 @@
 
 namespace {
 
-// Main thread.
 void handle_finalize_wav_only(FlMethodCall* call, FlValue* args,
                               PluginState* state) {
   FormatArgs format;

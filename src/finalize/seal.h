@@ -13,7 +13,9 @@
 
 #include "adts/scan.h"
 #include "finalize/trim_torn_tail.h"
+#include "worker/native_error.h"
 #include "worker/plugin_state.h"
+#include "worker/reply.h"
 
 namespace {
 
@@ -21,23 +23,27 @@ namespace {
 // Returns 0 or the first failure's errno value.
 int repair_and_sync(PluginState* state, int fd, const std::string& path,
                     adts::Scan* scan, int64_t* bytes) {
-  int errnum = trim_torn_tail(state, fd, path, scan);
-  if (errnum == 0 && fsync(fd) != 0) {
-    errnum = errno;
-  }
-  if (errnum != 0) {
-    return errnum;
+  const int trimmed = trim_torn_tail(state, fd, path, scan);
+  if (trimmed != 0) {
+    return trimmed;
   }
   struct stat status;
-  if (fstat(fd, &status) != 0) {
-    return errno;
+  if (fsync(fd) != 0 || fstat(fd, &status) != 0) {
+    return failure_errno();
   }
   *bytes = status.st_size;
   return 0;
 }
 
-Reply sealed_reply(const std::string& path, const adts::Scan& scan,
-                   int64_t bytes, uint64_t dropped) {
+// The verdict on a capture of `bytes` bytes that is repaired and durable.
+Reply verified_reply(const std::string& path, const adts::Scan& scan,
+                     int64_t bytes, uint64_t dropped) {
+  if (scan.samples < 1) {
+    return error_reply(plain_error(kErrVerifyFailed,
+                                   "capture holds no complete AAC frame (" +
+                                       std::to_string(bytes) + " bytes)",
+                                   path));
+  }
   Reply reply;
   reply.kind = kReplyResult;
   reply.path = path;
@@ -49,6 +55,28 @@ Reply sealed_reply(const std::string& path, const adts::Scan& scan,
   return reply;
 }
 
+// Opens, repairs and closes the capture, and answers what became of it.
+Reply seal_file(PluginState* state, const std::string& path, uint64_t dropped,
+                adts::Scan* scan) {
+  const int fd = open(path.c_str(), O_RDWR | O_CLOEXEC);
+  if (fd < 0) {
+    const int errnum = errno;
+    return error_reply(
+        errno_error(errnum == ENOENT ? kErrCaptureMissing : kErrFinalizeFailed,
+                    "capture not available", path, errnum));
+  }
+  int64_t bytes = 0;
+  int errnum = repair_and_sync(state, fd, path, scan, &bytes);
+  if (close(fd) != 0 && errnum == 0) {
+    errnum = failure_errno();
+  }
+  if (errnum != 0) {
+    return error_reply(errno_error(kErrFinalizeFailed, "sealing capture failed",
+                                   path, errnum));
+  }
+  return verified_reply(path, *scan, bytes, dropped);
+}
+
 // Seals the capture at `path`, which no session may have open. `dropped` (PCM
 // bytes) is passed through to the log and the reply; `label` names the method
 // in the log. A capture that fails verification stays as it is.
@@ -57,35 +85,17 @@ Reply seal(PluginState* state, const std::string& path, uint64_t dropped,
   const std::string dropped_text =
       " droppedAppendBytes=" + std::to_string(dropped);
   state->Log(kLevelInfo, label + " start capture=" + path + dropped_text);
-  const int fd = open(path.c_str(), O_RDWR | O_CLOEXEC);
-  if (fd < 0) {
-    const int errnum = errno;
-    return error_reply(
-        errno_error(errnum == ENOENT ? kErrCaptureMissing : kErrFinalizeFailed,
-                    "capture not available", path, errnum));
-  }
   adts::Scan scan = {};
-  int64_t bytes = 0;
-  int errnum = repair_and_sync(state, fd, path, &scan, &bytes);
-  if (close(fd) != 0 && errnum == 0) {
-    errnum = errno;
+  Reply reply = seal_file(state, path, dropped, &scan);
+  if (reply.kind == kReplyResult) {
+    state->Log(kLevelInfo,
+               label + " end capture=" + path +
+                   " bytes=" + std::to_string(reply.bytes) +
+                   " durationMs=" + std::to_string(reply.duration_ms) +
+                   " skippedBytes=" + std::to_string(scan.skipped_bytes) +
+                   dropped_text);
   }
-  if (errnum != 0) {
-    return error_reply(errno_error(kErrFinalizeFailed, "sealing capture failed",
-                                   path, errnum));
-  }
-  if (scan.samples < 1) {
-    return error_reply(plain_error(kErrVerifyFailed,
-                                   "capture holds no complete AAC frame (" +
-                                       std::to_string(bytes) + " bytes)",
-                                   path));
-  }
-  state->Log(
-      kLevelInfo,
-      label + " end capture=" + path + " bytes=" + std::to_string(bytes) +
-          " durationMs=" + std::to_string(scan.DurationMs()) +
-          " skippedBytes=" + std::to_string(scan.skipped_bytes) + dropped_text);
-  return sealed_reply(path, scan, bytes, dropped);
+  return reply;
 }
 
 }  // namespace

@@ -5,10 +5,10 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <cerrno>
 #include <string>
 
 #include "adts/scan.h"
+#include "worker/native_error.h"
 #include "worker/plugin_state.h"
 
 namespace {
@@ -25,7 +25,7 @@ int trim_torn_tail(PluginState* state, int fd, const std::string& path,
   }
   struct stat status;
   if (fstat(fd, &status) != 0) {
-    return errno;
+    return failure_errno();
   }
   if (status.st_size > scan->stream_end) {
     // Said first: what a failing cut leaves behind is then explained.
@@ -33,7 +33,7 @@ int trim_torn_tail(PluginState* state, int fd, const std::string& path,
                "dropping " + std::to_string(status.st_size - scan->stream_end) +
                    " torn trailing bytes from " + path);
     if (ftruncate(fd, scan->stream_end) != 0) {
-      return errno;
+      return failure_errno();
     }
   }
   if (scan->skipped_bytes > 0) {

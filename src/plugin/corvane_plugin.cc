@@ -3,25 +3,31 @@
 // the main thread, but for what the parts say of the worker.
 #include "corvane/corvane_plugin.h"
 
-#include "adts/frame.h"                  // ADTS frames, as written
-#include "adts/scan.h"                   // ADTS files, as read back
-#include "adts/stream_config.h"          // rates and channel configurations
-#include "encoder/adts_aac_encoder.h"    // PCM frames to ADTS frames on disk
-#include "encoder/format_args.h"         // the format in a call's arguments
+#include "worker/log_relay.h"     // the log's words, and whether Dart listens
+#include "worker/native_error.h"  // the record of a failure
+#include "worker/plugin_state.h"  // the worker, its queue and the way back
+#include "worker/reply.h"         // what a task answers
+
+#include "adts/frame.h"          // ADTS frames, as written
+#include "adts/scan.h"           // ADTS files, as read back
+#include "adts/stream_config.h"  // rates and channel configurations
+
+#include "encoder/adts_aac_encoder.h"  // PCM frames to ADTS frames on disk
+#include "encoder/format_args.h"       // the format in a call's arguments
+#include "encoder/open_encoder.h"      // opening of the codec
+
+#include "session/append.h"           // "append"
+#include "session/capture_session.h"  // the one open capture
+#include "session/controls.h"    // "pause", "resume", "stop", "cancel", "flush"
+#include "session/open_close.h"  // installing and closing the capture
+#include "session/start.h"       // "start", and what it moves aside
+
 #include "finalize/finalize_path.h"      // "finalizePath"
 #include "finalize/finalize_wav_only.h"  // "finalizeWavOnly"
 #include "finalize/seal.h"               // a capture made durable and verified
 #include "finalize/trim_torn_tail.h"     // the cut behind the last whole frame
-#include "plugin/method_table.h"         // calls by name, arguments checked
-#include "session/append.h"              // "append"
-#include "session/capture_session.h"     // the one open capture
-#include "session/controls.h"    // "pause", "resume", "stop", "cancel", "flush"
-#include "session/open_close.h"  // installing and closing the capture
-#include "session/start.h"       // "start", and what it moves aside
-#include "worker/log_relay.h"    // the log's words, and whether Dart listens
-#include "worker/native_error.h"  // the record of a failure
-#include "worker/plugin_state.h"  // the worker, its queue and the way back
-#include "worker/reply.h"         // what a task answers
+
+#include "plugin/method_table.h"  // calls by name, arguments checked
 
 namespace {
 

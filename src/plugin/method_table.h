@@ -16,7 +16,9 @@
 #include "session/append.h"
 #include "session/controls.h"
 #include "session/start.h"
+#include "worker/native_error.h"
 #include "worker/plugin_state.h"
+#include "worker/reply.h"
 
 namespace {
 
@@ -98,7 +100,8 @@ constexpr Method kMethods[] = {
                  PluginState* state) { handle_flush(call, state); }},
 };
 
-// An unknown method is answered at once; any other call in its turn.
+// An unknown method is answered at once, as is a sound call of a method that
+// has no work yet; any other call in its turn.
 void dispatch(FlMethodCall* call, PluginState* state) {
   const char* name = fl_method_call_get_name(call);
   for (const Method& method : kMethods) {

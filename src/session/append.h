@@ -11,7 +11,9 @@
 
 #include "encoder/adts_aac_encoder.h"
 #include "encoder/open_encoder.h"
+#include "worker/native_error.h"
 #include "worker/plugin_state.h"
+#include "worker/reply.h"
 
 namespace {
 

@@ -2,6 +2,7 @@
 #ifndef CORVANE_SESSION_CONTROLS_H_
 #define CORVANE_SESSION_CONTROLS_H_
 
+#include <flutter_linux/flutter_linux.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -9,7 +10,10 @@
 #include <string>
 
 #include "finalize/seal.h"
+#include "session/open_close.h"
+#include "worker/native_error.h"
 #include "worker/plugin_state.h"
+#include "worker/reply.h"
 
 namespace {
 

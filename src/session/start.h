@@ -13,7 +13,10 @@
 #include <string>
 
 #include "encoder/format_args.h"
+#include "session/open_close.h"
+#include "worker/native_error.h"
 #include "worker/plugin_state.h"
+#include "worker/reply.h"
 
 namespace {
 
@@ -81,6 +84,7 @@ Reply start_capture(PluginState* state, const std::string& path,
         plain_error(kErrWriteFailed,
                     "existing audio at target could not be preserved", path));
   }
+  // Appending, so that a write can never land on audio that is there.
   const int fd = open(path.c_str(),
                       O_RDWR | O_CREAT | O_TRUNC | O_APPEND | O_CLOEXEC, 0644);
   if (fd < 0) {

@@ -3,9 +3,11 @@
 #define CORVANE_WORKER_NATIVE_ERROR_H_
 
 #include <array>
+#include <cerrno>
 #include <cstdint>
 #include <cstring>
 #include <string>
+#include <utility>
 
 extern "C" {
 #include <libavutil/error.h>
@@ -55,6 +57,10 @@ NativeError domain_error(const char* code, const std::string& message,
   error.native_code = native_code;
   return error;
 }
+
+// The errno of the call that just failed. One that sets none has failed all the
+// same, and 0 would pass for success.
+int failure_errno() { return errno == 0 ? EIO : errno; }
 
 // `what` names the operation that failed; `errnum` is the errno that the
 // caller saved right behind it, for any call in between may change errno.
