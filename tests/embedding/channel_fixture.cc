@@ -1,0 +1,33 @@
+#include "channel_fixture.h"
+
+Octets call_of(const std::string& method) {
+  Octets message = {7, static_cast<uint8_t>(method.size())};
+  message.insert(message.end(), method.begin(), method.end());
+  message.push_back(0);
+  return message;
+}
+
+LifeWatch::LifeWatch(gpointer object) : object_(object) {
+  g_object_add_weak_pointer(G_OBJECT(object_), &object_);
+}
+
+LifeWatch::~LifeWatch() {
+  if (alive()) g_object_remove_weak_pointer(G_OBJECT(object_), &object_);
+}
+
+void ChannelTest::TearDown() {
+  if (!state().shut_down) ShutDown();
+}
+
+// Channels and messenger hold each other until the messenger shuts down; then
+// nothing may be left of it.
+ChannelTest::~ChannelTest() {
+  const LifeWatch messenger(messenger_.get());
+  messenger_.reset();
+  EXPECT_FALSE(messenger.alive()) << "somebody still holds the messenger";
+}
+
+Message ChannelTest::AnswerTo(int number) {
+  EXPECT_TRUE(WasAnswered(number)) << "message " << number;
+  return state().answers[number];
+}
