@@ -1,0 +1,58 @@
+// What applications see of the library: two functions and a header.
+#include <corvane/corvane_plugin.h>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <stdio.h>
+
+#include <memory>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "public_header.h"
+
+namespace corvane_test {
+namespace {
+
+std::string OutputOf(const std::string& command) {
+  const std::unique_ptr<FILE, int (*)(FILE*)> pipe(popen(command.c_str(), "r"),
+                                                   pclose);
+  std::string output;
+  char piece[4096];
+  while (size_t got = fread(piece, 1, sizeof(piece), pipe.get())) {
+    output.append(piece, got);
+  }
+  return output;
+}
+
+// The names that `library` defines for others. Weak ones (V, W, u) are copies
+// of templates of the standard library, which any other copy may replace.
+std::vector<std::string> StrongSymbols(const std::string& library) {
+  std::istringstream lines(OutputOf("nm -D --defined-only '" + library + "'"));
+  std::vector<std::string> names;
+  std::string address, kind, name;
+  while (lines >> address >> kind >> name) {
+    if (std::string("VWuvw").find(kind) == std::string::npos) {
+      names.push_back(name);
+    }
+  }
+  return names;
+}
+
+TEST(ExportsTest, TheLibraryExportsTwoFunctionsAndNothingElse) {
+  EXPECT_THAT(
+      StrongSymbols(CORVANE_PLUGIN_LIBRARY),
+      testing::UnorderedElementsAre("corvane_plugin_get_type",
+                                    "corvane_plugin_register_with_registrar"));
+}
+
+TEST(ExportsTest, ThePublicHeaderServesC) {
+  EXPECT_EQ(plugin_type_seen_from_c(), corvane_plugin_get_type());
+}
+
+TEST(ExportsTest, ThePublicHeaderServesCxx14) {
+  EXPECT_EQ(plugin_type_seen_from_cxx14(), corvane_plugin_get_type());
+}
+
+}  // namespace
+}  // namespace corvane_test
