@@ -1,0 +1,93 @@
+// Each line once, in the order in which it was logged, whichever way it came.
+#include "host/log_output.h"
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include "host/record_fixture.h"
+#include "support/files.h"
+
+namespace corvane_test {
+namespace {
+
+class LogOutputTest : public ::testing::Test {
+ protected:
+  ~LogOutputTest() override { close(fd_); }
+
+  // What GLib hands over for a message of no domain.
+  void Glib(GLogLevelFlags level, const char* message,
+            const char* domain = nullptr) {
+    const GLogField fields[] = {
+        {"MESSAGE", message, -1},
+        {"GLIB_DOMAIN", domain != nullptr ? domain : "", -1}};
+    log_.OnGlibMessage(level, fields, 2);
+  }
+
+  Words Written() const {
+    const Bytes content = ReadFile(dir_.Path("log"));
+    return Lines(std::string(content.begin(), content.end()));
+  }
+
+  const TempDir dir_;
+  const int fd_ = open(dir_.Path("log").c_str(),
+                       O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0600);
+  corvane::Console console_{fd_};
+  corvane::LogOutput log_{&console_};
+};
+
+TEST_F(LogOutputTest, ALineAndItsEventAreOne) {
+  Glib(G_LOG_LEVEL_WARNING, "[Corvane] disk trouble");
+  log_.OnEvent("error", "disk trouble");
+  log_.Flush();
+  EXPECT_EQ(Written(), Words{"error: disk trouble"});
+}
+
+TEST_F(LogOutputTest, EqualLinesInARowAreCounted) {
+  for (int i = 0; i < 4; ++i) Glib(G_LOG_LEVEL_WARNING, "[Corvane] again");
+  for (int i = 0; i < 3; ++i) log_.OnEvent("error", "again");
+  log_.OnEvent("warning", "again");
+  log_.OnEvent("error", "again");
+  log_.OnEvent("error", "again");
+  log_.Flush();
+  EXPECT_EQ(Written(),
+            Words({"error: again", "  (2 more of this line)", "warning: again",
+                   "error: again", "  (1 more of this line)"}));
+}
+
+TEST_F(LogOutputTest, ALineWhoseEventNeverCameStandsBeforeTheNextOne) {
+  Glib(G_LOG_LEVEL_WARNING, "[Corvane] failed to respond: no");
+  Glib(G_LOG_LEVEL_MESSAGE, "[Corvane] start");
+  log_.OnEvent("info", "start");
+  EXPECT_EQ(Written(),
+            Words({"warning: failed to respond: no", "info: start"}));
+}
+
+TEST_F(LogOutputTest, LinesThatStillWaitAreWrittenAtTheEnd) {
+  Glib(G_LOG_LEVEL_MESSAGE, "[Corvane] closed");
+  EXPECT_EQ(Written(), Words());
+  log_.Flush();
+  log_.Flush();
+  EXPECT_EQ(Written(), Words{"info: closed"});
+}
+
+TEST_F(LogOutputTest, WhatOthersLogIsWrittenAtOnce) {
+  Glib(G_LOG_LEVEL_WARNING, "trouble", "Elsewhere");
+  const Words written = Written();
+  ASSERT_EQ(written.size(), 1U);
+  EXPECT_NE(written[0].find("Elsewhere-WARNING"), std::string::npos);
+  EXPECT_NE(written[0].find("trouble"), std::string::npos);
+}
+
+TEST_F(LogOutputTest, TheTagInAnotherDomainMeansNothing) {
+  Glib(G_LOG_LEVEL_WARNING, "[Corvane] not ours", "Elsewhere");
+  EXPECT_EQ(Written().size(), 1U);
+}
+
+TEST_F(LogOutputTest, DebugMessagesAreDroppedUnlessAskedFor) {
+  Glib(G_LOG_LEVEL_DEBUG, "details", "Elsewhere");
+  EXPECT_EQ(Written(), Words());
+}
+
+}  // namespace
+}  // namespace corvane_test

@@ -1,0 +1,84 @@
+// The live line's text at any width.
+#include "host/progress.h"
+
+#include <gtest/gtest.h>
+
+namespace corvane_test {
+namespace {
+
+using corvane::format_progress;
+using corvane::ProgressFigures;
+
+constexpr int64_t kKib = 1024;
+
+ProgressFigures QuarterDone() {
+  ProgressFigures figures;
+  figures.audio_s = 15;
+  figures.total_s = 60;
+  figures.bytes = 120 * kKib;
+  figures.elapsed_s = 2;
+  return figures;
+}
+
+TEST(ProgressTest, ShowsABarAndTheTimeLeftWhereTheLengthIsKnown) {
+  EXPECT_EQ(format_progress(QuarterDone(), 80),
+            "[==========                              ]  "
+            "0:15  120.0 KiB  7.5x  0:06 left");
+}
+
+TEST(ProgressTest, ShowsFiguresAloneWhereTheLengthIsUnknown) {
+  ProgressFigures figures = QuarterDone();
+  figures.total_s.reset();
+  EXPECT_EQ(format_progress(figures, 80), "0:15  120.0 KiB  7.5x");
+}
+
+TEST(ProgressTest, GivesUpTheBarFirstAndTheRecordedTimeLast) {
+  EXPECT_EQ(format_progress(QuarterDone(), 40),
+            "[=      ] 0:15 120.0 KiB 7.5x 0:06 left");
+  EXPECT_EQ(format_progress(QuarterDone(), 35),
+            "0:15 120.0 KiB 7.5x 0:06 left");
+  EXPECT_EQ(format_progress(QuarterDone(), 29), "0:15 120.0 KiB 7.5x");
+  EXPECT_EQ(format_progress(QuarterDone(), 19), "0:15 120.0 KiB");
+  EXPECT_EQ(format_progress(QuarterDone(), 10), "0:15");
+}
+
+TEST(ProgressTest, FitsEveryWidthThatHoldsTheTime) {
+  ProgressFigures figures = QuarterDone();
+  for (const double scale : {1.0, 100.0, 10000.0}) {
+    figures.audio_s = 15 * scale;
+    figures.total_s = 60 * scale;
+    figures.bytes = static_cast<int64_t>(120 * 1024 * scale);
+    for (int columns = 9; columns <= 300; ++columns) {
+      const std::string line = format_progress(figures, columns);
+      EXPECT_LT(line.size(), static_cast<size_t>(columns)) << line;
+      EXPECT_FALSE(line.empty());
+    }
+  }
+}
+
+TEST(ProgressTest, WritesHoursAndLargeFilesInTheirUnits) {
+  ProgressFigures figures;
+  figures.audio_s = 3 * 3600 + 62;
+  figures.bytes = 1536 * 1024 * kKib;
+  figures.elapsed_s = figures.audio_s;
+  EXPECT_EQ(format_progress(figures, 80), "3:01:02  1.50 GiB  1.0x");
+  figures.bytes = 5 * 1024 * kKib;
+  EXPECT_EQ(format_progress(figures, 80), "3:01:02  5.0 MiB  1.0x");
+}
+
+TEST(ProgressTest, MoreAudioThanPromisedLeavesTheBarFull) {
+  ProgressFigures figures = QuarterDone();
+  figures.audio_s = 90;
+  EXPECT_EQ(format_progress(figures, 37),
+            "[===] 1:30 120.0 KiB 45.0x 0:00 left");
+}
+
+TEST(ProgressTest, ATakeThatHasJustBegunHasNoSpeedYet) {
+  ProgressFigures figures;
+  figures.total_s = 60;
+  EXPECT_EQ(format_progress(figures, 40),
+            "[                   ] 0:00 0.0 KiB 0.0x");
+}
+
+}  // namespace
+}  // namespace corvane_test

@@ -1,0 +1,83 @@
+// A take that a signal ends is a take that is done.
+#include <csignal>
+#include <nlohmann/json.hpp>
+
+#include "host/record_fixture.h"
+#include "support/adts_frames.h"
+#include "support/pcm.h"
+
+namespace corvane_test {
+namespace {
+
+using nlohmann::json;
+
+constexpr size_t kOneMinute = 2880000;  // at 48000 Hz
+
+class RecordSignalTest : public ProgramTest,
+                         public ::testing::WithParamInterface<int> {
+ protected:
+  std::unique_ptr<Child> StartPiped() {
+    ChildSetup setup;
+    setup.input_is_pipe = true;
+    return StartCorvane({"record", "-r", "48000", "-c", "1", take_}, setup);
+  }
+
+  const std::string take_ = Path("take.aac");
+};
+
+TEST_P(RecordSignalTest, WhatCameIsSealedWhileThePipeIsSilent) {
+  const Bytes pcm = Sine(48000);
+  const auto child = StartPiped();
+  child->Write(pcm);
+  child->AwaitError("AAC encoder");
+  child->Signal(GetParam());
+  const ChildResult run = child->Wait();
+
+  EXPECT_EQ(run.status, 0) << run.err;
+  const json result = json::parse(run.out);
+  EXPECT_EQ(result["endedBy"], "signal");
+  EXPECT_EQ(result["bytes"], FileSize(take_));
+  EXPECT_GE(result["sampleFrames"],
+            (pcm.size() - Child::kInputPipeSize) / sizeof(int16_t));
+  EXPECT_EQ(result["durationMs"],
+            FramesToMs(SplitFrames(ReadFile(take_)).size(), 48000));
+}
+
+TEST_P(RecordSignalTest, ASignalGetsThroughBeforeAnyAudioCame) {
+  const auto child = StartPiped();
+  child->AwaitError("start capture=");
+  child->Signal(GetParam());
+  const ChildResult run = child->Wait();
+
+  EXPECT_EQ(run.status, 1);
+  EXPECT_EQ(run.out, "");
+  EXPECT_NE(run.err.find("corvane: " + take_ +
+                         ": capture holds no complete AAC frame (0 bytes); "
+                         "no audio arrived"),
+            std::string::npos)
+      << run.err;
+}
+
+TEST_P(RecordSignalTest, AFileIsLeftOffWhereItIs) {
+  const std::string wav = MakeWav("in.wav", Silence(kOneMinute));
+  const auto child = StartCorvane({"record", take_, "-i", wav, "--realtime"});
+  child->AwaitError("AAC encoder");
+  child->Signal(GetParam());
+  const ChildResult run = child->Wait();
+
+  EXPECT_EQ(run.status, 0) << run.err;
+  const json result = json::parse(run.out);
+  EXPECT_EQ(result["endedBy"], "signal");
+  EXPECT_LT(result["sampleFrames"], kOneMinute);
+  EXPECT_EQ(result["bytes"], FileSize(take_));
+}
+
+INSTANTIATE_TEST_SUITE_P(Signals, RecordSignalTest,
+                         ::testing::Values(SIGINT, SIGTERM),
+                         [](const auto& param_info) {
+                           return param_info.param == SIGINT ? "Interrupt"
+                                                             : "Terminate";
+                         });
+
+}  // namespace
+}  // namespace corvane_test
