@@ -1,0 +1,63 @@
+# shellcheck shell=bash
+# The test command's checks, told from the root of the checkout. Sourced.
+
+sample=/usr/share/sounds/alsa/Front_Center.wav
+
+scripts_are_sound() {
+  shellcheck -x scripts/run scripts/test scripts/lib/*.sh .ci/run
+}
+
+# C and C++ files, wherever they are outside the build folders.
+sources_are_formatted() {
+  find . -path ./build -prune -o -type f \
+    \( -name '*.c' -o -name '*.cc' -o -name '*.h' \) -print0 |
+    xargs -0 clang-format --dry-run -Werror --ferror-limit=1
+}
+
+# Headers are looked at through the sources that include them.
+sources_are_tidy() {
+  ls build/dev-clang/compile_commands.json
+  find src host embedding -name '*.cc' -print0 |
+    xargs -0 -n 1 -P "$(nproc)" clang-tidy --quiet -p build/dev-clang
+}
+
+# What the README promises of the first command.
+run_keeps_its_word() {
+  local folder=build/run_check started
+  rm -rf "$folder" && mkdir "$folder"
+  scripts/run
+  cd "$folder" || return
+  ../../scripts/run record -i "$sample" take.aac >take.json
+  jq -e --argjson size "$(stat -c %s take.aac)" --slurp 'length == 1 and
+    (.[0] | .bytes == $size and .durationMs == .sourceDurationMs)' take.json
+  ffmpeg -v error -i take.aac -f null - 2>complaints.txt
+  [[ ! -s complaints.txt ]]
+  started=${EPOCHREALTIME/./}
+  ../../scripts/run --help
+  echo "Nothing to do took $((${EPOCHREALTIME/./} - started)) us."
+  ((${EPOCHREALTIME/./} - started < 1000000))
+}
+
+# The stand-in, laid out like a Flutter SDK's engine artifacts, with no preset.
+builds_against_sdk_folder() {
+  local sdk=$PWD/build/flutter_sdk folder=build/against_sdk
+  rm -rf "$sdk" "$folder/take.aac"
+  mkdir -p "$sdk"
+  cp -r build/release/embedding/libflutter_linux_gtk.so \
+    embedding/include/flutter_linux "$sdk"
+  cmake --fresh -S . -B "$folder" -G Ninja "-DCORVANE_FLUTTER_DIR=$sdk"
+  ninja -C "$folder"
+  [[ ! -e $folder/embedding ]]
+  ldd "$folder/corvane" | grep -F "$sdk/libflutter_linux_gtk.so"
+  "$folder/corvane" record -i "$sample" "$folder/take.aac"
+}
+
+# Profile is the build type that no one but an application's build knows.
+builds_inside_application() {
+  cmake --fresh -S tests/embedded_build -B build/embedded_build -G Ninja \
+    -DCMAKE_C_COMPILER=clang -DCMAKE_CXX_COMPILER=clang++ \
+    -DCMAKE_BUILD_TYPE=Profile \
+    "-DFLUTTER_LIBRARY=$PWD/build/release/embedding/libflutter_linux_gtk.so"
+  ninja -C build/embedded_build
+  build/embedded_build/application
+}

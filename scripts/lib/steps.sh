@@ -1,0 +1,77 @@
+# shellcheck shell=bash
+# The test command's steps: each is run, timed and counted. Sourced.
+
+passed=0
+failed=0
+logs=build/test_logs
+
+# attempt LOG COMMAND...: leaves the exit status in `status`. The command has
+# a shell of its own, in which any failing line is the end.
+attempt() {
+  local log=$1
+  shift
+  set +e
+  (set -e && "$@") >"$log" 2>&1 </dev/null
+  status=$?
+  set -e
+}
+
+# report GOOD BAD WHAT LOG SECONDS: counts, and shows the log of a failure.
+report() {
+  local good=$1 bad=$2 what=$3 log=$4 seconds=$5
+  passed=$((passed + good))
+  failed=$((failed + bad))
+  printf '%-10s %4d s\n' "$what" "$seconds"
+  ((bad == 0)) || tail -n 100 "$log"
+}
+
+# check NAME COMMAND...: one step that holds or doesn't; `status` tells.
+check() {
+  local name=$1 started=$SECONDS log status_word=ok bad=0
+  log=$logs/${name//[^A-Za-z0-9]/_}.log
+  shift
+  printf '%-36s ' "$name"
+  attempt "$log" "$@"
+  ((status == 0)) || { status_word=FAILED && bad=1; }
+  report $((1 - bad)) $bad $status_word "$log" $((SECONDS - started))
+}
+
+# run_tests BUILD: runs every test program that the build registered, two at a
+# time, and counts the cases of each.
+run_tests() {
+  local name=$1 started=$SECONDS log=$logs/tests_$1.log good=0 bad=0
+  local results=$PWD/build/$name/test_results program
+  rm -rf "$results" "build/$name/Testing"
+  mkdir -p "$results"
+  printf '%-36s ' "tests $name"
+  GTEST_OUTPUT=json:$results/ attempt "$log" \
+    ctest --test-dir "build/$name" -j2 --output-on-failure
+  while read -r program; do
+    count_cases "$results/$program.json" "$(ended_well "$name" "$program")"
+  done < <(ctest --test-dir "build/$name" --show-only=json-v1 |
+    jq -r '.tests[].name')
+  ((good + bad)) || bad=1 # a build without a test proves nothing
+  report $good $bad "$good/$((good + bad))" "$log" $((SECONDS - started))
+}
+
+# ended_well BUILD PROGRAM: prints 1, or 0 when CTest counts it as failed.
+ended_well() {
+  local list=build/$1/Testing/Temporary/LastTestsFailed.log
+  if [[ -e $list ]] && grep -q ":$2\$" "$list"; then echo 0; else echo 1; fi
+}
+
+# count_cases RESULTS ENDED_WELL: adds to run_tests' good and bad. A case that
+# was skipped or disabled hasn't passed. Without results of its own a program
+# is one case.
+count_cases() {
+  local results=$1 ended_well=$2 cases=1 held=$2
+  [[ ! -s $results ]] || read -r cases held < <(jq -r '
+    [.testsuites[].testsuite[]]
+    | "\(length) \(map(select(.result == "COMPLETED" and
+                              (has("failures") | not))) | length)"' "$results")
+  # A crash, a leak or a time-out spoils a program whose cases all held, and
+  # no case at all is no proof.
+  ((cases > held)) || ((ended_well && cases)) || bad=$((bad + 1))
+  good=$((good + held))
+  bad=$((bad + cases - held))
+}
