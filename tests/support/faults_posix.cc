@@ -1,6 +1,5 @@
 // Overrides of the system calls that the plugin uses, with the aliases under
 // which a compiler or a C library may reach them.
-
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
