@@ -23,7 +23,7 @@ sources_are_tidy() {
 
 # What the README promises of the first command.
 run_keeps_its_word() {
-  local folder=build/run_check started
+  local folder=build/run_check
   rm -rf "$folder" && mkdir "$folder"
   scripts/run
   cd "$folder" || return
@@ -32,10 +32,9 @@ run_keeps_its_word() {
     (.[0] | .bytes == $size and .durationMs == .sourceDurationMs)' take.json
   ffmpeg -v error -i take.aac -f null - 2>complaints.txt
   [[ ! -s complaints.txt ]]
-  started=${EPOCHREALTIME/./}
-  ../../scripts/run --help
-  echo "Nothing to do took $((${EPOCHREALTIME/./} - started)) us."
-  ((${EPOCHREALTIME/./} - started < 1000000))
+  # Whatever a further run would have to wait for.
+  [[ ../release/build.ninja -nt ../../CMakePresets.json ]]
+  ninja -C ../release corvane corvane_plugin | grep -F "no work to do"
 }
 
 # The stand-in, laid out like a Flutter SDK's engine artifacts, with no preset.

@@ -1,10 +1,13 @@
 #include "channel_fixture.h"
 
+#include <algorithm>
+
 Octets call_of(const std::string& method) {
-  Octets message = {7, static_cast<uint8_t>(method.size())};
-  message.insert(message.end(), method.begin(), method.end());
-  message.push_back(0);
-  return message;
+  Octets message(method.size() + 3);
+  message[0] = 7;
+  message[1] = static_cast<uint8_t>(method.size());
+  std::copy(method.begin(), method.end(), message.begin() + 2);
+  return message;  // the last byte, 0, is the null argument
 }
 
 LifeWatch::LifeWatch(gpointer object) : object_(object) {
