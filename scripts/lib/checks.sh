@@ -25,7 +25,11 @@ sources_are_tidy() {
 run_keeps_its_word() {
   local folder=build/run_check
   rm -rf "$folder" && mkdir "$folder"
-  scripts/run
+  scripts/run >"$folder/demo.txt"
+  [[ $(head -n 1 "$folder/demo.txt" | jq -r .path) == build/demo/* ]]
+  grep -F "68 frames of 1024 samples, 1450 ms" "$folder/demo.txt"
+  # A build in the middle of the run must not get into the result.
+  touch host/main.cc
   cd "$folder" || return
   ../../scripts/run record -i "$sample" take.aac >take.json
   jq -e --argjson size "$(stat -c %s take.aac)" --slurp 'length == 1 and
@@ -35,6 +39,20 @@ run_keeps_its_word() {
   # Whatever a further run would have to wait for.
   [[ ../release/build.ninja -nt ../../CMakePresets.json ]]
   ninja -C ../release corvane corvane_plugin | grep -F "no work to do"
+}
+
+# Without root and without sudo all that is left is to say what to do.
+packages_are_named_without_root() {
+  local output=build/test_logs/packages status=0
+  # shellcheck disable=SC2317 # install_missing calls both
+  (
+    missing_packages() { echo some-package; }
+    becoming_root() { return 1; }
+    install_missing some-package >"$output.out" 2>"$output.err"
+  ) || status=$?
+  ((status == 1))
+  [[ ! -s $output.out ]]
+  grep -F "apt-get install --no-install-recommends some-package" "$output.err"
 }
 
 # The stand-in, laid out like a Flutter SDK's engine artifacts, with no preset.

@@ -123,6 +123,19 @@ TEST_F(DisposeTest, TwiceIsOnce) {
   EXPECT_EQ(plugins_.alive(), 0u);
 }
 
+// GObject's own dispose is what tells those who watch an object.
+TEST_F(DisposeTest, EachTimeTheParentIsDisposedToo) {
+  int told = 0;
+  const GWeakNotify count = [](gpointer data, GObject*) {
+    ++*static_cast<int*>(data);
+  };
+  for (int time = 1; time <= 2; ++time) {
+    g_object_weak_ref(plugins_.last(), count, &told);
+    Dispose();
+    EXPECT_EQ(told, time);
+  }
+}
+
 TEST_F(DisposeTest, ListenAndCancelAreHarmlessAfterwards) {
   Dispose();
   CancelLog();

@@ -46,6 +46,14 @@ TEST(ExportsTest, TheLibraryExportsTwoFunctionsAndNothingElse) {
                                     "corvane_plugin_register_with_registrar"));
 }
 
+// How loud libav is, and where its messages go, is the application's business.
+TEST(ExportsTest, TheLibraryDoesNotTouchTheLogOfLibav) {
+  const std::string needed = OutputOf(
+      "nm -D --undefined-only '" + std::string(CORVANE_PLUGIN_LIBRARY) + "'");
+  EXPECT_THAT(needed, testing::HasSubstr("avcodec_send_frame"));
+  EXPECT_THAT(needed, testing::Not(testing::HasSubstr("av_log")));
+}
+
 TEST(ExportsTest, ThePublicHeaderServesC) {
   EXPECT_EQ(plugin_type_seen_from_c(), corvane_plugin_get_type());
 }

@@ -40,6 +40,35 @@ TEST_F(OrderTest, AMalformedCallIsAnsweredInItsTurn) {
                   Answer("stop", none)));
 }
 
+TEST_F(OrderTest, EveryMethodsMalformedCallIsAnsweredInItsTurn) {
+  const std::string path = Path("take.aac");
+  const Reply no_path = InvalidArgs("start requires capturePath");
+  const Reply no_resume = InvalidArgs("resumePath requires capturePath");
+  const Reply no_finalize =
+      InvalidArgs("finalizePath requires capturePath, outputPath");
+  const Reply no_wav =
+      InvalidArgs("finalizeWavOnly requires wavPath, sampleRate, channels");
+  Post("start", CaptureArgs(path, 48000, 1));
+  Post("append", Noise(48000));
+  Post("start");
+  Post("resumePath");
+  Post("finalizePath");
+  Post("finalizeWavOnly");
+  Post("flush");
+  AwaitReplies();
+  EXPECT_THAT(
+      TakeTranscript(),
+      ElementsAre(
+          StartLine(path, 48000, 1), Answer("start", NullReply()),
+          EncoderLine(48000, 1), Answer("append", NullReply()),
+          Failed("start", no_path), Answer("start", no_path),
+          Failed("resumePath", no_resume), Answer("resumePath", no_resume),
+          Failed("finalizePath", no_finalize),
+          Answer("finalizePath", no_finalize),
+          Failed("finalizeWavOnly", no_wav), Answer("finalizeWavOnly", no_wav),
+          Answer("flush", NullReply())));
+}
+
 TEST_F(OrderTest, ARefusedFormatIsAnsweredInItsTurn) {
   const std::string path = Path("take.aac");
   const Reply refusal =

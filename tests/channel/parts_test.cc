@@ -106,6 +106,23 @@ TEST(FormatTest, WavWritesNothingWhenItFails) {
   }
 }
 
+TEST(FormatTest, AdtsRefusesWhatIsNoMap) {
+  for (const Value& args : {Value(), Value("text"), Value(7)}) {
+    SCOPED_TRACE(args.Text());
+    PluginFormat format;
+    NativeError error;
+    EXPECT_FALSE(lookup_adts_format(args.get(), "start", &format, &error));
+    EXPECT_EQ(AsSeenByDart(error_reply(error)),
+              InvalidArgs("start requires positive int sampleRate and "
+                          "channels"));
+  }
+  PluginFormat format;
+  NativeError error;
+  EXPECT_FALSE(lookup_adts_format(nullptr, "resumePath", &format, &error));
+  EXPECT_EQ(error.message,
+            "resumePath requires positive int sampleRate and channels");
+}
+
 TEST(FormatTest, AFailureReplacesWhateverTheErrorHeld) {
   PluginFormat format;
   NativeError error = errno_error("OLD", "old", "old", 1);

@@ -4,6 +4,8 @@
 // what was asked for.
 #include <gmock/gmock.h>
 
+#include <cstdio>
+#include <memory>
 #include <string>
 
 #include "support/adts_frames.h"
@@ -40,6 +42,28 @@ TEST_F(ThreeChannelsTest, TheWarningComesWithEveryOpening) {
               ElementsAre(StartLine(path, 48000, 3), Warning(kUnusable),
                           EncoderLine(48000, 3), Warning(kUnusable),
                           EncoderLine(48000, 3)));
+}
+
+// What ffmpeg has to say while it decodes.
+std::string Complaints(const std::string& path) {
+  const std::string command =
+      "ffmpeg -nostdin -v error -i '" + path + "' -f null - 2>&1";
+  const std::unique_ptr<FILE, int (*)(FILE*)> pipe(popen(command.c_str(), "r"),
+                                                   pclose);
+  std::string text;
+  char piece[4096];
+  while (size_t got = fread(piece, 1, sizeof(piece), pipe.get())) {
+    text.append(piece, got);
+  }
+  return text;
+}
+
+TEST_F(ThreeChannelsTest, FfmpegRefusesTheFrames) {
+  Record(Path("three.aac"), Noise(4096, 3), 48000, 3);
+  Record(Path("four.aac"), Noise(4096, 4), 48000, 4);
+  EXPECT_THAT(Complaints(Path("three.aac")),
+              testing::HasSubstr("is not allocated"));
+  EXPECT_EQ(Complaints(Path("four.aac")), "");
 }
 
 TEST_F(ThreeChannelsTest, TheHeadersNameThreeChannels) {

@@ -81,6 +81,40 @@ TEST_F(CodecConfigTest, EachCodecThatDisagreesWithTheHeadersIsReported) {
                                                              {3, 1}}));
 }
 
+struct OneField {
+  const char* name;
+  std::vector<uint8_t> config;
+  int object_type;
+  int rate;
+  int channels;
+};
+
+class OneFieldTest : public CodecConfigTest,
+                     public testing::WithParamInterface<OneField> {};
+
+TEST_P(OneFieldTest, OneFieldThatDisagreesIsEnough) {
+  const OneField& field = GetParam();
+  const std::string path = Begin();
+  Fault fault(ExtradataOnceOpen(field.config));
+  Append(Sine(2 * kFrameSamples));
+  EXPECT_EQ(LogLines().front(),
+            Warning("AAC encoder reports objectType=" +
+                    std::to_string(field.object_type) +
+                    " rate=" + std::to_string(field.rate) +
+                    " channels=" + std::to_string(field.channels) +
+                    ", configured rate=48000 channels=1; headers follow the "
+                    "encoder"));
+  EXPECT_EQ(SplitFrames(ReadFile(path)).at(0).at(2) >> 6,
+            field.object_type - 1);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Every, OneFieldTest,
+    testing::Values(OneField{"ObjectType", {0x09, 0x88}, 1, 48000, 1},
+                    OneField{"Rate", {0x12, 0x08}, 2, 44100, 1},
+                    OneField{"Channels", {0x11, 0x90}, 2, 48000, 2}),
+    [](const auto& field) { return field.param.name; });
+
 struct Unusable {
   const char* name;
   Rule rule;

@@ -205,6 +205,17 @@ TEST_F(CloseFaultsTest, PauseDoesNotSync) {
   EXPECT_EQ(log.Of("fsync").size(), 0U);
 }
 
+class FlushTest : public FaultsTest {};
+
+TEST_F(FlushTest, ItSyncsWhilePausedToo) {
+  Begin();
+  Append(Sine(kFrameSamples));
+  Pause();
+  CallLog log;
+  EXPECT_EQ(Flush(), NullReply());
+  EXPECT_EQ(log.Names(), Lines{"fsync"});
+}
+
 class FlushFaultsTest : public FaultsTest,
                         public testing::WithParamInterface<int> {};
 

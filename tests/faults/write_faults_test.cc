@@ -57,6 +57,24 @@ TEST_F(WriteFaultsTest, FileWrittenByteByByteIsTheSame) {
   EXPECT_EQ(short_writes.struck(), static_cast<int>(undisturbed.size()));
 }
 
+// The chunk ends in half a sample; what follows has to fit it all the same.
+TEST_F(WriteFaultsTest, FailureLeavesTheCarryInPlace) {
+  const std::string path = Begin();
+  const Bytes pcm = Noise(6 * kFrameSamples);
+  const auto cut = pcm.begin() + 4 * kFrameSamples * 2 + 1;
+  {
+    Fault fault(On("write").Fail(ENOSPC));
+    EXPECT_EQ(Append(Bytes(pcm.begin(), cut)), WriteError(path, ENOSPC));
+  }
+  SentFrames sent;
+  EXPECT_EQ(Append(Bytes(cut, pcm.end())), NullReply());
+  const Bytes sample(pcm.begin() + 4 * kFrameSamples * 2,
+                     pcm.begin() + 4 * kFrameSamples * 2 + 2);
+  const auto first = static_cast<int16_t>(sample[0] | sample[1] << 8);
+  EXPECT_EQ(sent.all().at(0).planes.at(0).at(0),
+            static_cast<float>(first) / 32768.0F);
+}
+
 TEST_F(WriteFaultsTest, InterruptedWritesAreRetried) {
   const Bytes undisturbed = Undisturbed(pcm_);
   Fault storm(On("write").Times(1000).Fail(EINTR));

@@ -53,13 +53,20 @@ TEST_P(LiveLineTest, NoStateOfItReachesTheLastColumn) {
   ASSERT_EQ(run.status, 0) << run.err;
   const Words states = Split(run.err, kErase);
   int64_t live_states = 0;
+  std::string last;
   for (const std::string& state : states) {
     // A log line ends in a line break and is as long as it is.
     if (state.find('\n') != std::string::npos) continue;
-    if (!state.empty()) ++live_states;
+    if (!state.empty()) {
+      ++live_states;
+      last = state;
+    }
     EXPECT_LT(state.size(), static_cast<size_t>(GetParam())) << state;
   }
   EXPECT_GE(live_states, 1) << run.err;
+  EXPECT_NE(last.find("iB"), std::string::npos) << last;
+  EXPECT_NE(last.find('x'), std::string::npos) << last;
+  EXPECT_EQ(last.find('['), 0U) << last;
   EXPECT_LE(live_states, took / std::chrono::milliseconds(100)) << run.err;
 }
 

@@ -5,6 +5,8 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include <cstdlib>
+
 #include "host/record_fixture.h"
 #include "support/files.h"
 
@@ -87,6 +89,17 @@ TEST_F(LogOutputTest, TheTagInAnotherDomainMeansNothing) {
 TEST_F(LogOutputTest, DebugMessagesAreDroppedUnlessAskedFor) {
   Glib(G_LOG_LEVEL_DEBUG, "details", "Elsewhere");
   EXPECT_EQ(Written(), Words());
+}
+
+// GLib itself would put them on standard output, among the figures.
+TEST_F(LogOutputTest, DebugMessagesAskedForGoWhereTheLogGoes) {
+  ASSERT_EQ(setenv("G_MESSAGES_DEBUG", "all", 1), 0);
+  testing::internal::CaptureStdout();
+  Glib(G_LOG_LEVEL_DEBUG, "details", "Elsewhere");
+  EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
+  ASSERT_EQ(unsetenv("G_MESSAGES_DEBUG"), 0);
+  ASSERT_EQ(Written().size(), 1U);
+  EXPECT_NE(Written()[0].find("details"), std::string::npos) << Written()[0];
 }
 
 }  // namespace
