@@ -7,8 +7,12 @@
 #include <string>
 
 #include "console.h"
+#include "exit_status.h"
+#include "finalize_command.h"
 #include "log_output.h"
 #include "record_command.h"
+#include "repair_wav_command.h"
+#include "resume_command.h"
 
 extern "C" {
 #include <libavutil/log.h>
@@ -33,6 +37,47 @@ void ignore_write_signals() {
   std::signal(SIGXFSZ, SIG_IGN);
 }
 
+// What the command line said.
+struct Arguments {
+  corvane::TakeArguments record;
+  corvane::TakeArguments resume;
+  std::string finalize;
+  corvane::RepairWavArguments repair_wav;
+};
+
+// Parses the command line and runs its command; returns the exit status.
+int run(int argc, char** argv, corvane::Console* console,
+        corvane::LogOutput* log) {
+  CLI::App app("Records audio crash-safely to ADTS files", "corvane");
+  app.set_version_flag("--version", "corvane " CORVANE_VERSION);
+  app.require_subcommand(1);
+  app.failure_message([](const CLI::App*, const CLI::Error& error) {
+    return std::string("corvane: ") + error.what() +
+           "\nRun corvane --help, or corvane COMMAND --help, to see how.\n";
+  });
+  Arguments arguments;
+  const CLI::App* record = corvane::add_record_command(&app, &arguments.record);
+  const CLI::App* resume = corvane::add_resume_command(&app, &arguments.resume);
+  const CLI::App* finalize =
+      corvane::add_finalize_command(&app, &arguments.finalize);
+  corvane::add_repair_wav_command(&app, &arguments.repair_wav);
+  try {
+    app.parse(argc, argv);
+  } catch (const CLI::ParseError& error) {
+    return app.exit(error) == 0 ? corvane::kExitDone : corvane::kExitUsage;
+  }
+  if (record->parsed()) {
+    return corvane::run_record(arguments.record, console, log);
+  }
+  if (resume->parsed()) {
+    return corvane::run_resume(arguments.resume, console, log);
+  }
+  if (finalize->parsed()) {
+    return corvane::run_finalize(arguments.finalize, console, log);
+  }
+  return corvane::run_repair_wav(arguments.repair_wav, console, log);
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -44,20 +89,5 @@ int main(int argc, char** argv) {
   auto* const console = new corvane::Console(STDERR_FILENO);
   auto* const log = new corvane::LogOutput(console);
   log->TakeOverGlib();
-
-  CLI::App app("Records audio crash-safely to ADTS files", "corvane");
-  app.set_version_flag("--version", "corvane " CORVANE_VERSION);
-  app.require_subcommand(1);
-  app.failure_message([](const CLI::App*, const CLI::Error& error) {
-    return std::string("corvane: ") + error.what() +
-           "\nRun corvane --help, or corvane record --help, to see how.\n";
-  });
-  corvane::RecordOptions record;
-  corvane::add_record_command(&app, &record);
-  try {
-    app.parse(argc, argv);
-  } catch (const CLI::ParseError& error) {
-    return app.exit(error) == 0 ? corvane::kExitDone : corvane::kExitUsage;
-  }
-  return corvane::run_record(record, console, log);
+  return run(argc, argv, console, log);
 }

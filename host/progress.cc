@@ -8,6 +8,8 @@
 #include <utility>
 #include <vector>
 
+#include "wording.h"
+
 namespace corvane {
 namespace {
 
@@ -30,13 +32,6 @@ std::string clock_time(double seconds) {
   const long long minutes = whole / 60 % 60;
   if (hours == 0) return format("%lld:%02lld", minutes, whole % 60);
   return format("%lld:%02lld:%02lld", hours, minutes, whole % 60);
-}
-
-std::string file_size(int64_t bytes) {
-  const auto kib = static_cast<double>(bytes) / 1024;
-  if (kib < 1000) return format("%.1f KiB", kib);
-  if (kib < 1000 * 1024) return format("%.1f MiB", kib / 1024);
-  return format("%.2f GiB", kib / 1024 / 1024);
 }
 
 std::string bar(double share, size_t width) {

@@ -97,7 +97,8 @@ void Recorder::Start() {
                              fl_value_new_int(*options_.bit_rate));
   }
   bool answered = false;
-  engine_->Invoke("start", args, [&](FlMethodResponse* response) {
+  const char* const method = options_.kept ? "resumePath" : "start";
+  engine_->Invoke(method, args, [&](FlMethodResponse* response) {
     answered = true;
     result_.error = error_in(response);
   });

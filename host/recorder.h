@@ -18,11 +18,20 @@ namespace corvane {
 // of its own, so whoever feeds it has to keep one.
 constexpr int kMaxUnanswered = 64;
 
+// What a resumed capture held before.
+struct KeptAudio {
+  int64_t duration_ms = 0;
+  int64_t bytes = 0;       // up to where the new frames begin
+  int64_t torn_bytes = 0;  // behind them, cut off
+};
+
 struct TakeOptions {
   std::string capture_path;         // goes to the plugin as it is
   std::optional<int64_t> bit_rate;  // bit/s; the plugin's default if absent
   int chunk_ms = 20;                // audio in one append, 1 or more
   bool realtime = false;            // no faster than the audio plays
+  // Of a take that goes on in a capture; nothing for a new one.
+  std::optional<KeptAudio> kept;
 };
 
 struct TakeResult {

@@ -1,12 +1,12 @@
 #include "take_report.h"
 
-#include <cerrno>
-#include <cstdio>
-#include <cstring>
-#include <nlohmann/json.hpp>
+#include <string>
 
+#include "capture_look.h"
+#include "json_output.h"
 #include "plugin_reply.h"
 #include "way_out.h"
+#include "wording.h"
 
 namespace corvane {
 namespace {
@@ -20,39 +20,67 @@ const char* ended_by(const AudioSource& source, const TakeResult& take) {
   return take.stopped ? "signal" : "input";
 }
 
-std::string json_of(const TakeOptions& options, const AudioSource& source,
-                    const TakeResult& take) {
-  nlohmann::ordered_json json;
-  json["path"] = take.sealed->path;
-  json["durationMs"] = take.sealed->duration_ms;
-  json["bytes"] = take.sealed->bytes;
-  json["sourceDurationMs"] = take.sealed->source_duration_ms;
-  json["droppedAppendBytes"] = take.sealed->dropped_append_bytes;
+Json json_of(const TakeOptions& options, const AudioSource& source,
+             const TakeResult& take) {
+  Json json = json_of(*take.sealed);
   json["sampleRate"] = source.format().sample_rate;
   json["channels"] = source.format().channels;
   json["bitRate"] = options.bit_rate.value_or(kDefaultBitRate);
   json["sampleFrames"] = take.frames;
   json["endedBy"] = ended_by(source, take);
-  // A path may be any bytes; JSON is UTF-8.
-  return json.dump(-1, ' ', false,
-                   nlohmann::ordered_json::error_handler_t::replace);
+  if (options.kept) {
+    json["keptDurationMs"] = options.kept->duration_ms;
+    json["keptBytes"] = options.kept->bytes;
+    json["tornBytes"] = options.kept->torn_bytes;
+  }
+  return json;
 }
 
-// What the plugin's error means, in full, and what is left of the take.
+// The command that goes on with the capture.
+std::string resume_command(const TakeOptions& options,
+                           const AudioSource& source) {
+  const PcmFormat format = source.format();
+  const std::string input = source.wait_fd() < 0
+                                ? " -i REST"
+                                : " -r " + std::to_string(format.sample_rate) +
+                                      " -c " + std::to_string(format.channels);
+  return "corvane resume " + shell_word(options.capture_path) + input;
+}
+
+// What is left of a take that failed, and how to go on.
+void report_next_step(const TakeOptions& options, const AudioSource& source,
+                      const TakeResult& take, Console* console) {
+  const std::string& path = options.capture_path;
+  const std::string command = resume_command(options, source);
+  std::string next;
+  if (take.sealed) {
+    next = "the capture is whole up to " +
+           clock_tenths(take.sealed->duration_ms) +
+           " and sealed; continue it with: " + command;
+  } else if (take.started || options.kept) {
+    next = next_step(path, "continue it with: " + command);
+  }
+  if (!next.empty()) console->Complain(path + ": " + next);
+}
+
+std::string advice_for(const PluginError& error, const TakeOptions& options,
+                       const AudioSource& source, bool started) {
+  return options.kept && !started && error.code == "WRITE_FAILED"
+             ? way_to_change(error, options.capture_path)
+             : way_out(error, options.capture_path, source);
+}
+
+// What the plugin's error means, in full.
 void report_failure(const TakeOptions& options, const AudioSource& source,
                     const TakeResult& take, Console* console) {
   const PluginError& error = *take.error;
   const std::string subject =
       error.code == "UNSUPPORTED_FORMAT" ? source.name() : options.capture_path;
-  const std::string advice = way_out(error, options.capture_path, source);
+  const std::string advice = advice_for(error, options, source, take.started);
   console->Complain(subject + ": " + error.message +
                     (advice.empty() ? "" : "; " + advice));
   console->Complain("the plugin's error: " + describe(error));
-  if (take.sealed) {
-    console->Complain(options.capture_path + " keeps the " +
-                      std::to_string(take.sealed->duration_ms) +
-                      " ms recorded until then, sealed");
-  } else if (take.started && error.code != "VERIFY_FAILED") {
+  if (take.started && !take.sealed && error.code != "VERIFY_FAILED") {
     console->Complain(options.capture_path +
                       " keeps what was recorded until then, but could not "
                       "be sealed");
@@ -74,20 +102,18 @@ bool report_problems(const TakeOptions& options, const AudioSource& source,
     console->Complain(source.name() + ": " + input_error);
   }
   if (take.error) report_failure(options, source, take, console);
-  return take.error || !input_error.empty();
+  const bool failed = take.error || !input_error.empty();
+  if (failed) report_next_step(options, source, take, console);
+  return failed;
 }
 
 bool print_figures(const TakeOptions& options, const AudioSource& source,
                    const TakeResult& take, Console* console) {
-  const std::string json = json_of(options, source, take);
-  if (std::printf("%s\n", json.c_str()) >= 0 && std::fflush(stdout) == 0) {
-    return true;
-  }
-  const std::string reason = std::strerror(errno);
-  console->Complain(
-      "the result could not be written to standard output: " + reason +
-      "; the take itself is sealed in " + options.capture_path);
-  return false;
+  return print_json(json_of(options, source, take),
+                    "the take itself is sealed in " + options.capture_path +
+                        "; get its figures with: corvane finalize " +
+                        shell_word(options.capture_path),
+                    console);
 }
 
 }  // namespace corvane

@@ -5,17 +5,14 @@
 
 #include <cerrno>
 
+#include "wording.h"
+
 namespace corvane {
 namespace {
 
 constexpr int kMixdownChannels = 2;
 constexpr char kElsewhere[] =
     "name a file in another folder, or on another disk";
-
-std::string quoted(const std::string& text) {
-  g_autofree gchar* result = g_shell_quote(text.c_str());
-  return result;
-}
 
 // The lowest rate of ADTS that loses nothing, or its highest.
 int next_adts_rate(int rate) {
@@ -24,16 +21,6 @@ int next_adts_rate(int rate) {
     if (candidate >= rate) best = candidate;
   }
   return best;
-}
-
-// tone.wav becomes tone-converted.wav.
-std::string converted_name(const std::string& path) {
-  const size_t slash = path.rfind('/');
-  const size_t base = slash == std::string::npos ? 0 : slash + 1;
-  const size_t dot = path.rfind('.');
-  const size_t stem_end =
-      dot == std::string::npos || dot <= base ? path.size() : dot;
-  return path.substr(0, stem_end) + "-converted.wav";
 }
 
 std::string convert_source(const AudioSource& source) {
@@ -45,17 +32,17 @@ std::string convert_source(const AudioSource& source) {
            (too_many ? " and 1 to 6 channels" : "") +
            " instead, and say so with -r and -c";
   }
-  std::string command = "ffmpeg -i " + quoted(source.name());
+  std::string command = "ffmpeg -i " + shell_word(source.name());
   if (rate != format.sample_rate) command += " -ar " + std::to_string(rate);
   if (too_many) command += " -ac " + std::to_string(kMixdownChannels);
   return "convert it first: " + command + " " +
-         quoted(converted_name(source.name()));
+         shell_word(converted_name(source.name()));
 }
 
 std::string make_folder(const std::string& path) {
   g_autofree gchar* folder = g_path_get_dirname(path.c_str());
   if (g_file_test(folder, G_FILE_TEST_EXISTS)) return kElsewhere;
-  return "create the folder first: mkdir -p " + quoted(folder);
+  return "create the folder first: mkdir -p " + shell_word(folder);
 }
 
 std::string make_writable(int64_t native_code, const std::string& path) {
@@ -77,6 +64,29 @@ std::string make_writable(int64_t native_code, const std::string& path) {
 }
 
 }  // namespace
+
+std::string converted_name(const std::string& path) {
+  const size_t slash = path.rfind('/');
+  const size_t base = slash == std::string::npos ? 0 : slash + 1;
+  const size_t dot = path.rfind('.');
+  const size_t stem_end =
+      dot == std::string::npos || dot <= base ? path.size() : dot;
+  return path.substr(0, stem_end) + "-converted.wav";
+}
+
+std::string way_to_change(const PluginError& error, const std::string& path) {
+  switch (error.native_code.value_or(0)) {
+    case EACCES:
+      return "make it writable first: chmod u+w " + shell_word(path);
+    case EROFS:
+      return "copy it to a disk that you may write to";
+    case ENOSPC:
+    case EDQUOT:
+      return "free some space first";
+    default:
+      return "";
+  }
+}
 
 std::string way_out(const PluginError& error, const std::string& capture_path,
                     const AudioSource& source) {

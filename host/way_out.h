@@ -14,6 +14,13 @@ namespace corvane {
 std::string way_out(const PluginError& error, const std::string& capture_path,
                     const AudioSource& source);
 
+// The same for a command that changes the file at `path` in place, by the errno
+// value of what failed.
+std::string way_to_change(const PluginError& error, const std::string& path);
+
+// tone.wav becomes tone-converted.wav.
+std::string converted_name(const std::string& path);
+
 }  // namespace corvane
 
 #endif  // CORVANE_HOST_WAY_OUT_H_

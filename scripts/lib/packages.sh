@@ -21,6 +21,10 @@ test_packages=(
   jq shellcheck
 )
 
+# For the crash demonstration: what draws its picture.
+# shellcheck disable=SC2034
+demo_packages=("${run_packages[@]}" python3-matplotlib)
+
 # missing_packages PACKAGE...: prints those that are not installed, one a line.
 missing_packages() {
   local installed package

@@ -1,5 +1,5 @@
-// "finalizePath": the check that what is asked for is the capture itself. Main
-// thread.
+// "finalizePath": seals a capture by its path, the live one too. Worker thread,
+// but for the check that what is asked for is the capture itself.
 #ifndef CORVANE_FINALIZE_FINALIZE_PATH_H_
 #define CORVANE_FINALIZE_FINALIZE_PATH_H_
 
@@ -7,6 +7,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cstdint>
 #include <cstdlib>
 #include <memory>
 #include <string>
@@ -14,6 +15,8 @@
 #include <vector>
 
 #include "encoder/format_args.h"
+#include "finalize/seal.h"
+#include "session/open_close.h"
 #include "worker/plugin_state.h"
 
 namespace {
@@ -64,6 +67,20 @@ NativeError other_output_error(const std::string& capture,
                      capture);
 }
 
+// `normalized` is what `path` meant when the call came. A session that records
+// into another file goes on undisturbed.
+Reply finalize_capture(PluginState* state, const std::string& path,
+                       const std::string& normalized) {
+  const CaptureSession& session = state->session;
+  uint64_t dropped = 0;
+  if (session.IsOpen() && normalize_path(session.path) == normalized) {
+    dropped = state->dropped_append_bytes;
+    state->CloseSession("finalizePath");
+  }
+  return seal(state, path, dropped, "finalizePath");
+}
+
+// Main thread.
 void handle_finalize_path(FlMethodCall* call, FlValue* args,
                           PluginState* state) {
   const char* capture = lookup_path(args, "capturePath");
@@ -79,11 +96,15 @@ void handle_finalize_path(FlMethodCall* call, FlValue* args,
     enqueue_error(state, call, std::move(error));
     return;
   }
-  if (normalize_path(capture) != normalize_path(output)) {
+  std::string normalized = normalize_path(capture);
+  if (normalized != normalize_path(output)) {
     enqueue_error(state, call, other_output_error(capture, output));
     return;
   }
-  respond_not_implemented(call);
+  state->Enqueue(call, [state, path = std::string(capture),
+                        normalized = std::move(normalized)] {
+    return finalize_capture(state, path, normalized);
+  });
 }
 
 }  // namespace

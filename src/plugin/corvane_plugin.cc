@@ -24,6 +24,7 @@
 
 #include "finalize/finalize_path.h"      // "finalizePath"
 #include "finalize/finalize_wav_only.h"  // "finalizeWavOnly"
+#include "finalize/resume_path.h"        // "resumePath"
 #include "finalize/seal.h"               // a capture made durable and verified
 #include "finalize/trim_torn_tail.h"     // the cut behind the last whole frame
 

@@ -13,6 +13,7 @@
 #include "encoder/format_args.h"
 #include "finalize/finalize_path.h"
 #include "finalize/finalize_wav_only.h"
+#include "finalize/resume_path.h"
 #include "session/append.h"
 #include "session/controls.h"
 #include "session/start.h"
@@ -77,7 +78,9 @@ void handle_control(FlMethodCall* call, FlValue* /*args*/, PluginState* state) {
 void handle_resume_path(FlMethodCall* call, FlValue* args, PluginState* state) {
   CaptureArgs checked;
   if (check_capture_args(call, args, state, &checked)) {
-    respond_not_implemented(call);
+    state->Enqueue(call, [state, checked = std::move(checked)] {
+      return resume_capture_at(state, checked.path, checked.format);
+    });
   }
 }
 
@@ -100,8 +103,15 @@ constexpr Method kMethods[] = {
                  PluginState* state) { handle_flush(call, state); }},
 };
 
-// An unknown method is answered at once, as is a sound call of a method that
-// has no work yet; any other call in its turn.
+// Main thread. Answers at once, ahead of all queued calls; that the embedding
+// may refuse is nobody's business any more.
+void respond_not_implemented(FlMethodCall* call) {
+  g_autoptr(FlMethodResponse) response =
+      FL_METHOD_RESPONSE(fl_method_not_implemented_response_new());
+  fl_method_call_respond(call, response, nullptr);
+}
+
+// An unknown method is answered at once; any other call in its turn.
 void dispatch(FlMethodCall* call, PluginState* state) {
   const char* name = fl_method_call_get_name(call);
   for (const Method& method : kMethods) {

@@ -78,14 +78,6 @@ FlMethodResponse* response_of(const Reply& reply) {
   }
 }
 
-// Main thread. Answers at once, ahead of all queued calls; that the embedding
-// may refuse is nobody's business any more.
-void respond_not_implemented(FlMethodCall* call) {
-  g_autoptr(FlMethodResponse) response =
-      FL_METHOD_RESPONSE(fl_method_not_implemented_response_new());
-  fl_method_call_respond(call, response, nullptr);
-}
-
 }  // namespace
 
 #endif  // CORVANE_WORKER_REPLY_H_

@@ -24,16 +24,6 @@ class TornTailTest : public ChannelTest {
     TakeTranscript();
   }
 
-  std::string Dropping(size_t bytes) const {
-    return Warning("dropping " + std::to_string(bytes) +
-                   " torn trailing bytes from " + path_);
-  }
-
-  std::string Skipped(size_t bytes) const {
-    return Warning(path_ + " has " + std::to_string(bytes) +
-                   " non-ADTS bytes between frames; left in place");
-  }
-
   // Stops, and expects `repairs` between the start and the end of the seal.
   void ExpectSealed(const std::vector<std::string>& repairs,
                     const Reply& figures, size_t written = 4,
@@ -67,7 +57,7 @@ TEST_F(TornTailTest, EveryCutThroughTheLastFrameIsCutBackToItsStart) {
                             size_t{7}, size_t{8}, whole_.size() - last - 1}) {
     SCOPED_TRACE(left);
     TruncateFile(path_, last + left);
-    ExpectSealed({Dropping(left)}, WholeFigures(3, last));
+    ExpectSealed({DroppingLine(left, path_)}, WholeFigures(3, last));
     EXPECT_EQ(ReadFile(path_), Slice(whole_, 0, last));
 
     TruncateFile(path_, 0);
@@ -82,19 +72,20 @@ TEST_F(TornTailTest, AFrameThatRunsPastTheEndIsCutOff) {
   Bytes torn = frames_[0];
   torn.resize(torn.size() - 100);
   AppendToFile(path_, torn);
-  ExpectSealed({Dropping(torn.size())}, WholeFigures(4, whole_.size()));
+  ExpectSealed({DroppingLine(torn.size(), path_)},
+               WholeFigures(4, whole_.size()));
   EXPECT_EQ(ReadFile(path_), whole_);
 }
 
 TEST_F(TornTailTest, TheBeginningOfAHeaderIsCutOff) {
   AppendToFile(path_, {0xFF, 0xF1, 0x50});
-  ExpectSealed({Dropping(3)}, WholeFigures(4, whole_.size()));
+  ExpectSealed({DroppingLine(3, path_)}, WholeFigures(4, whole_.size()));
   EXPECT_EQ(ReadFile(path_), whole_);
 }
 
 TEST_F(TornTailTest, ALoneFirstByteOfASyncwordIsCutOff) {
   AppendToFile(path_, {0xFF});
-  ExpectSealed({Dropping(1)}, WholeFigures(4, whole_.size()));
+  ExpectSealed({DroppingLine(1, path_)}, WholeFigures(4, whole_.size()));
   EXPECT_EQ(ReadFile(path_), whole_);
 }
 
@@ -119,7 +110,7 @@ TEST_F(TornTailTest, ForeignBytesBetweenFramesAreReportedAndKept) {
   Pause();
   TakeTranscript();
   const Bytes all = ReadFile(path_);
-  ExpectSealed({Skipped(10)}, WholeFigures(6, all.size()), 6, 10);
+  ExpectSealed({ForeignLine(path_, 10)}, WholeFigures(6, all.size()), 6, 10);
   EXPECT_EQ(ReadFile(path_), all);
 }
 
@@ -128,7 +119,8 @@ TEST_F(TornTailTest, BothKindsOfDamageAreReportedTheCutFirst) {
   AppendToFile(path_, whole_);
   AppendToFile(path_, {0xFF, 0xF1});
   const size_t trusted = 2 * whole_.size() + 10;
-  ExpectSealed({Dropping(2), Skipped(10)}, WholeFigures(8, trusted), 4, 10);
+  ExpectSealed({DroppingLine(2, path_), ForeignLine(path_, 10)},
+               WholeFigures(8, trusted), 4, 10);
   EXPECT_EQ(FileSize(path_), static_cast<int64_t>(trusted));
 }
 
@@ -137,10 +129,10 @@ TEST_F(TornTailTest, ATornFirstFrameLeavesNothingToSeal) {
   const Reply error = FileError(
       "VERIFY_FAILED", "capture holds no complete AAC frame (0 bytes)", path_);
   Stop();
-  EXPECT_THAT(
-      TakeTranscript(),
-      ElementsAre(ClosedLine("stop", path_, 4), SealStartLine(path_),
-                  Dropping(50), Failed("stop", error), Answer("stop", error)));
+  EXPECT_THAT(TakeTranscript(),
+              ElementsAre(ClosedLine("stop", path_, 4), SealStartLine(path_),
+                          DroppingLine(50, path_), Failed("stop", error),
+                          Answer("stop", error)));
   EXPECT_EQ(FileSize(path_), 0);
 }
 

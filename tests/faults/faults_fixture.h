@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <string>
 #include <vector>
@@ -40,6 +41,14 @@ inline Reply LibavError(const std::string& what, const std::string& path,
 inline std::string Restarting(const Reply& error) {
   return Warning("AAC codec failed mid-capture (" + error.message +
                  "); restarting it");
+}
+
+// The names of the calls so far. How often a scan reads is its own business:
+// calls in a row to one function count as one.
+inline Lines Steps(const CallLog& log) {
+  Lines names = log.Names();
+  names.erase(std::unique(names.begin(), names.end()), names.end());
+  return names;
 }
 
 class FaultsTest : public ChannelTest {

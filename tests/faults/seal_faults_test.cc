@@ -2,8 +2,6 @@
 // so a fault on a later fsync or close strikes the seal's own.
 #include <fcntl.h>
 
-#include <algorithm>
-
 #include "faults_fixture.h"
 
 namespace corvane_test {
@@ -44,14 +42,7 @@ class SealFaultsTest : public FaultsTest {
   size_t frames_ = 0;
 };
 
-// The calls of a "stop", which closes the capture first. How often a scan reads
-// is its own business: reads in a row count as one.
-Lines Steps(const CallLog& log) {
-  Lines names = log.Names();
-  names.erase(std::unique(names.begin(), names.end()), names.end());
-  return names;
-}
-
+// The calls of a "stop", which closes the capture first.
 Lines WithClosing(Lines seal) {
   const Lines closing = {"fsync", "close"};
   seal.insert(seal.begin(), closing.begin(), closing.end());

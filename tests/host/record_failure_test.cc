@@ -6,6 +6,7 @@
 #include <nlohmann/json.hpp>
 
 #include "host/record_fixture.h"
+#include "host/wording.h"
 #include "support/adts_frames.h"
 #include "support/pcm.h"
 
@@ -16,13 +17,6 @@ constexpr size_t k20Seconds = 960000;  // at 48000 Hz
 
 class RecordFailureTest : public ProgramTest {
  protected:
-  static void ShouldFail(const ChildResult& run, const std::string& sentence) {
-    EXPECT_EQ(run.status, 1);
-    EXPECT_NE(run.err.find("corvane: " + sentence + "\n"), std::string::npos)
-        << "expected: " << sentence << "\nactual:\n"
-        << run.err;
-  }
-
   static int CountOf(const std::string& text, const std::string& in) {
     int count = 0;
     for (size_t at = 0; (at = in.find(text, at)) != std::string::npos; ++at) {
@@ -34,6 +28,11 @@ class RecordFailureTest : public ProgramTest {
   // The capture is whole frames from its first byte to its last.
   void TakeIsSealed() const {
     EXPECT_GT(SplitFrames(ReadFile(take_)).size(), 0U);
+  }
+
+  // Where the figures are still to be had.
+  std::string Figures() const {
+    return "; get its figures with: corvane finalize '" + take_ + "'";
   }
 
   const std::string take_ = Path("take.aac");
@@ -139,9 +138,10 @@ TEST_F(RecordFailureTest, AFileThatMayNotGrowEndsTheTakeAtTheFirstError) {
   EXPECT_EQ(result["endedBy"], "error");
   EXPECT_LT(result["sampleFrames"], k20Seconds);
   const size_t frames = SplitFrames(ReadFile(take_)).size();
-  ShouldFail(run, take_ + " keeps the " +
-                      std::to_string(FramesToMs(frames, 48000)) +
-                      " ms recorded until then, sealed");
+  ShouldFail(run, take_ + ": the capture is whole up to " +
+                      corvane::clock_tenths(FramesToMs(frames, 48000)) +
+                      " and sealed; continue it with: corvane resume '" +
+                      take_ + "' -i REST");
 }
 
 // A device takes a file's place: nothing in it can be sealed.
@@ -165,7 +165,7 @@ TEST_F(RecordFailureTest, AnOutputThatNobodyReadsFailsButKeepsTheTake) {
       Corvane({"record", take_, "-i", MakeWav("in.wav", Sine(48000))}, setup),
       "the result could not be written to standard output: Broken "
       "pipe; the take itself is sealed in " +
-          take_);
+          take_ + Figures());
   TakeIsSealed();
 }
 
@@ -174,7 +174,7 @@ TEST_F(RecordFailureTest, AFullOutputFailsButKeepsTheTake) {
   ShouldFail(CorvaneInShell("", ">/dev/full", {"record", take_, "-i", wav}),
              "the result could not be written to standard output: No space "
              "left on device; the take itself is sealed in " +
-                 take_);
+                 take_ + Figures());
   TakeIsSealed();
 }
 
@@ -185,7 +185,7 @@ TEST_F(RecordFailureTest, AClosedOutputNeverEndsUpInTheTake) {
   ShouldFail(CorvaneInShell("", ">&-", {"record", take_, "-i", wav}),
              "the result could not be written to standard output: Bad file "
              "descriptor; the take itself is sealed in " +
-                 take_);
+                 take_ + Figures());
   TakeIsSealed();
 }
 

@@ -32,9 +32,16 @@ class ProgramTest : public ::testing::Test {
   ChildResult CorvaneInShell(const std::string& prepare,
                              const std::string& redirect,
                              const Words& arguments);
+  // The same where what a file's permissions forbid is forbidden to root too.
+  ChildResult CorvaneUnprivileged(const Words& arguments);
   // Starts it and leaves it running.
   std::unique_ptr<Child> StartCorvane(const Words& arguments,
                                       const ChildSetup& setup = {});
+
+  // It failed, and said this sentence on a line of its own.
+  static void ShouldFail(const ChildResult& run, const std::string& sentence);
+  // What ffmpeg says against a file: nothing when it decodes it to its end.
+  static std::string DecoderComplaints(const std::string& path);
 
   // A WAV file in the folder with this PCM; its path.
   std::string MakeWav(const std::string& name, const Bytes& pcm,

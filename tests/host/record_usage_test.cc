@@ -67,7 +67,9 @@ TEST_F(UsageTest, OptionsThatContradictTheFileAreRefused) {
 }
 
 TEST_F(UsageTest, HelpFitsATerminalOfEightyColumns) {
-  for (const Words& words : {Words{"--help"}, Words{"record", "--help"}}) {
+  for (const Words& words :
+       {Words{"--help"}, Words{"record", "--help"}, Words{"resume", "--help"},
+        Words{"finalize", "--help"}, Words{"repair-wav", "--help"}}) {
     const ChildResult run = Corvane(words);
     EXPECT_EQ(run.status, 0);
     EXPECT_EQ(run.err, "");

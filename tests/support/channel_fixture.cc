@@ -46,18 +46,36 @@ std::string ClosedLine(const std::string& reason, const std::string& path,
               " frames=" + std::to_string(frames));
 }
 
-std::string SealStartLine(const std::string& path, uint64_t dropped) {
-  return Info("stop start capture=" + path +
+std::string ResumeLine(const std::string& path, size_t bytes,
+                       int64_t duration_ms) {
+  return Info("resumePath capture=" + path + " bytes=" + std::to_string(bytes) +
+              " durationMs=" + std::to_string(duration_ms));
+}
+
+std::string SealStartLine(const std::string& path, uint64_t dropped,
+                          const std::string& label) {
+  return Info(label + " start capture=" + path +
               " droppedAppendBytes=" + std::to_string(dropped));
 }
 
-std::string SealEndLine(const Reply& figures, int64_t skipped) {
+std::string SealEndLine(const Reply& figures, int64_t skipped,
+                        const std::string& label) {
   return Info(
-      "stop end capture=" + figures.path +
+      label + " end capture=" + figures.path +
       " bytes=" + std::to_string(figures.bytes) +
       " durationMs=" + std::to_string(figures.duration_ms) +
       " skippedBytes=" + std::to_string(skipped) +
       " droppedAppendBytes=" + std::to_string(figures.dropped_append_bytes));
+}
+
+std::string DroppingLine(size_t bytes, const std::string& path) {
+  return Warning("dropping " + std::to_string(bytes) +
+                 " torn trailing bytes from " + path);
+}
+
+std::string ForeignLine(const std::string& path, size_t bytes) {
+  return Warning(path + " has " + std::to_string(bytes) +
+                 " non-ADTS bytes between frames; left in place");
 }
 
 MATCHER_P3(IsSealed, path, duration_ms, dropped, "") {
@@ -98,6 +116,16 @@ Reply ChannelTest::Call(const char* method, const Value& args) {
 Reply ChannelTest::Start(const std::string& path, int64_t rate,
                          int64_t channels) {
   return Call("start", CaptureArgs(path, rate, channels));
+}
+
+Reply ChannelTest::ResumePath(const std::string& path, int64_t rate,
+                              int64_t channels) {
+  return Call("resumePath", CaptureArgs(path, rate, channels));
+}
+
+Reply ChannelTest::FinalizePath(const std::string& path) {
+  return Call("finalizePath",
+              CaptureArgs(path, 48000, 1).With("outputPath", path));
 }
 
 Reply ChannelTest::Append(const Bytes& pcm) { return Call("append", pcm); }

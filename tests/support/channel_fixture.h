@@ -39,8 +39,16 @@ std::string StartLine(const std::string& path, int rate, int channels,
 std::string EncoderLine(int rate, int channels, int64_t bit_rate = 64000);
 std::string ClosedLine(const std::string& reason, const std::string& path,
                        size_t frames);
-std::string SealStartLine(const std::string& path, uint64_t dropped = 0);
-std::string SealEndLine(const Reply& figures, int64_t skipped = 0);
+std::string ResumeLine(const std::string& path, size_t bytes,
+                       int64_t duration_ms);
+// `label` names the method that seals.
+std::string SealStartLine(const std::string& path, uint64_t dropped = 0,
+                          const std::string& label = "stop");
+std::string SealEndLine(const Reply& figures, int64_t skipped = 0,
+                        const std::string& label = "stop");
+// What a repair says of a torn tail and of foreign bytes between frames.
+std::string DroppingLine(size_t bytes, const std::string& path);
+std::string ForeignLine(const std::string& path, size_t bytes);
 
 // Matches the figures of a capture sealed at `path`: its duration in whole
 // milliseconds and, asked when the reply is there, the size of the file.
@@ -62,6 +70,10 @@ class ChannelTest : public testing::Test {
   Reply Call(const char* method, const Value& args = Value());
   Reply Start(const std::string& path, int64_t rate = 48000,
               int64_t channels = 1);
+  Reply ResumePath(const std::string& path, int64_t rate = 48000,
+                   int64_t channels = 1);
+  // With the capture as its own output, as it must be.
+  Reply FinalizePath(const std::string& path);
   Reply Append(const Bytes& pcm);
   Reply Pause();
   Reply Resume();

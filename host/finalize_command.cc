@@ -1,0 +1,121 @@
+#include "finalize_command.h"
+
+#include <adts/stream_config.h>
+
+#include <optional>
+
+#include "capture_look.h"
+#include "exit_status.h"
+#include "json_output.h"
+#include "plugin_call.h"
+#include "waiting_line.h"
+#include "way_out.h"
+#include "wording.h"
+
+namespace corvane {
+namespace {
+
+constexpr char kNotes[] =
+    R"(Cuts off a frame that was torn, makes the file durable, and verifies that it
+holds audio; nothing else in it is changed. A capture plays without this too.
+
+The figures come as JSON on standard output, all else on standard error. Exit
+status: 0 done, 1 failed, 2 wrong usage.
+)";
+
+// What is known of the file before it is sealed.
+struct Before {
+  std::string error;  // why it is no capture, as a clause
+  int64_t size = 0;   // bytes
+  PcmFormat format;   // of its first whole frame
+};
+
+Before look_before(const std::string& path) {
+  Before before;
+  const RegularFile file(path);
+  before.size = file.size();
+  before.error = file.error();
+  if (file.is_missing()) before.error += "; check the name";
+  if (file.is_empty()) before.error += ": no audio was recorded into it";
+  if (before.error.empty()) before.error = why_no_capture(file);
+  if (!before.error.empty()) return before;
+  if (const auto first = first_whole_frame(file)) {
+    before.format = first->format;
+  } else {
+    before.error = no_frame_in(file.size());
+  }
+  return before;
+}
+
+// The method demands a rate and channels, checks them, and seals by what the
+// frames say: a frame may be whole and yet name channels that it refuses.
+PluginAnswer seal(const std::string& path, const PcmFormat& format,
+                  LogOutput* log) {
+  const int channels =
+      adts::IsChannelConfig(format.channels) ? format.channels : 1;
+  g_autoptr(FlValue) args = fl_value_new_map();
+  fl_value_set_string_take(args, "capturePath",
+                           fl_value_new_string(path.c_str()));
+  fl_value_set_string_take(args, "outputPath",
+                           fl_value_new_string(path.c_str()));
+  fl_value_set_string_take(args, "sampleRate",
+                           fl_value_new_int(format.sample_rate));
+  fl_value_set_string_take(args, "channels", fl_value_new_int(channels));
+  return ask_plugin("finalizePath", args, log);
+}
+
+void report_failure(const std::string& path, const PluginError& error,
+                    Console* console) {
+  const std::string advice = way_to_change(error, path);
+  console->Complain(path + ": " + error.message +
+                    (advice.empty() ? "" : "; " + advice));
+  console->Complain("the plugin's error: " + describe(error));
+  const std::string next = next_step(
+      path, "seal it again with: corvane finalize " + shell_word(path));
+  if (!next.empty()) console->Complain(path + ": " + next);
+}
+
+bool print_figures(const Before& before, const SealedCapture& sealed,
+                   Console* console) {
+  Json json = json_of(sealed);
+  json["sampleRate"] = before.format.sample_rate;
+  json["channels"] = nullptr;
+  if (before.format.channels > 0) json["channels"] = before.format.channels;
+  json["tornBytes"] = before.size - sealed.bytes;
+  return print_json(json, "the capture itself is sealed in " + sealed.path,
+                    console);
+}
+
+}  // namespace
+
+CLI::App* add_finalize_command(CLI::App* app, std::string* path) {
+  CLI::App* command =
+      app->add_subcommand("finalize", "Seal a take that was left behind");
+  command->add_option("OUT.aac", *path, "The capture to seal")
+      ->type_name("")
+      ->required();
+  command->footer(kNotes);
+  return command;
+}
+
+int run_finalize(const std::string& path, Console* console, LogOutput* log) {
+  Before before;
+  PluginAnswer answer;
+  {
+    const WaitingLine waiting(console, "sealing the capture");
+    before = look_before(path);
+    if (before.error.empty()) answer = seal(path, before.format, log);
+  }
+  if (!before.error.empty()) {
+    console->Complain(path + ": " + before.error);
+    return kExitFailed;
+  }
+  if (answer.error) {
+    report_failure(path, *answer.error, console);
+    return kExitFailed;
+  }
+  return print_figures(before, *answer.sealed, console) ? kExitDone
+                                                        : kExitFailed;
+}
+
+}  // namespace corvane
