@@ -4,7 +4,8 @@
 sample=/usr/share/sounds/alsa/Front_Center.wav
 
 scripts_are_sound() {
-  shellcheck -x scripts/run scripts/test scripts/crash-demo scripts/lib/*.sh \
+  shellcheck -x scripts/run scripts/test scripts/crash-demo scripts/crash-test \
+    scripts/lib/*.sh \
     .ci/run
 }
 

@@ -53,6 +53,7 @@ struct PluginCall {
   int error = 0;       // errno as the plugin found it behind the call
 
   // What the call works on, where it has one; valid inside hooks only.
+  const void* data = nullptr;  // the bytes of a write
   struct stat* status = nullptr;
   const AVCodec* codec = nullptr;
   AVCodecContext* context = nullptr;

@@ -107,6 +107,7 @@ ssize_t write(int fd, const void* data, size_t size) {
     return real(fd, data, size);
   }
   PluginCall call = OnDescriptor("write", fd, static_cast<int64_t>(size));
+  call.data = data;
   return Intercept<ssize_t>(&call, [&](PluginCall& made) {
     return real(fd, data, static_cast<size_t>(made.size));
   });
