@@ -15,14 +15,6 @@
 namespace corvane {
 namespace {
 
-constexpr char kNotes[] =
-    R"(Cuts off a frame that was torn, makes the file durable, and verifies that it
-holds audio; nothing else in it is changed. A capture plays without this too.
-
-The figures come as JSON on standard output, all else on standard error. Exit
-status: 0 done, 1 failed, 2 wrong usage.
-)";
-
 // What is known of the file before it is sealed.
 struct Before {
   std::string error;  // why it is no capture, as a clause
@@ -87,16 +79,6 @@ bool print_figures(const Before& before, const SealedCapture& sealed,
 }
 
 }  // namespace
-
-CLI::App* add_finalize_command(CLI::App* app, std::string* path) {
-  CLI::App* command =
-      app->add_subcommand("finalize", "Seal a take that was left behind");
-  command->add_option("OUT.aac", *path, "The capture to seal")
-      ->type_name("")
-      ->required();
-  command->footer(kNotes);
-  return command;
-}
 
 int run_finalize(const std::string& path, Console* console, LogOutput* log) {
   Before before;

@@ -2,16 +2,12 @@
 #ifndef CORVANE_HOST_FINALIZE_COMMAND_H_
 #define CORVANE_HOST_FINALIZE_COMMAND_H_
 
-#include <CLI/CLI.hpp>
 #include <string>
 
 #include "console.h"
 #include "log_output.h"
 
 namespace corvane {
-
-// Adds the command to `app`; parsing fills `path`, which must outlive `app`.
-CLI::App* add_finalize_command(CLI::App* app, std::string* path);
 
 // Seals and verifies the capture at `path`, and prints its figures as JSON on
 // standard output, everything else on the console. What is no capture is left

@@ -2,10 +2,9 @@
 #include <fcntl.h>
 #include <unistd.h>
 
-#include <CLI/CLI.hpp>
 #include <csignal>
-#include <string>
 
+#include "command_line.h"
 #include "console.h"
 #include "exit_status.h"
 #include "finalize_command.h"
@@ -37,45 +36,23 @@ void ignore_write_signals() {
   std::signal(SIGXFSZ, SIG_IGN);
 }
 
-// What the command line said.
-struct Arguments {
-  corvane::TakeArguments record;
-  corvane::TakeArguments resume;
-  std::string finalize;
-  corvane::RepairWavArguments repair_wav;
-};
-
-// Parses the command line and runs its command; returns the exit status.
+// Runs what the command line asks for; returns the exit status.
 int run(int argc, char** argv, corvane::Console* console,
         corvane::LogOutput* log) {
-  CLI::App app("Records audio crash-safely to ADTS files", "corvane");
-  app.set_version_flag("--version", "corvane " CORVANE_VERSION);
-  app.require_subcommand(1);
-  app.failure_message([](const CLI::App*, const CLI::Error& error) {
-    return std::string("corvane: ") + error.what() +
-           "\nRun corvane --help, or corvane COMMAND --help, to see how.\n";
-  });
-  Arguments arguments;
-  const CLI::App* record = corvane::add_record_command(&app, &arguments.record);
-  const CLI::App* resume = corvane::add_resume_command(&app, &arguments.resume);
-  const CLI::App* finalize =
-      corvane::add_finalize_command(&app, &arguments.finalize);
-  corvane::add_repair_wav_command(&app, &arguments.repair_wav);
-  try {
-    app.parse(argc, argv);
-  } catch (const CLI::ParseError& error) {
-    return app.exit(error) == 0 ? corvane::kExitDone : corvane::kExitUsage;
+  int status = corvane::kExitDone;
+  const auto line = corvane::parse_command_line(argc, argv, &status);
+  if (!line) return status;
+  switch (line->command) {
+    case corvane::Command::kRecord:
+      return corvane::run_record(line->take, console, log);
+    case corvane::Command::kResume:
+      return corvane::run_resume(line->take, console, log);
+    case corvane::Command::kFinalize:
+      return corvane::run_finalize(line->capture, console, log);
+    case corvane::Command::kRepairWav:
+      return corvane::run_repair_wav(line->repair_wav, console, log);
   }
-  if (record->parsed()) {
-    return corvane::run_record(arguments.record, console, log);
-  }
-  if (resume->parsed()) {
-    return corvane::run_resume(arguments.resume, console, log);
-  }
-  if (finalize->parsed()) {
-    return corvane::run_finalize(arguments.finalize, console, log);
-  }
-  return corvane::run_repair_wav(arguments.repair_wav, console, log);
+  return corvane::kExitUsage;  // not reached: every command is above
 }
 
 }  // namespace

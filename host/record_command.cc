@@ -8,18 +8,6 @@
 namespace corvane {
 namespace {
 
-constexpr char kExamples[] =
-    R"(Files are what libsndfile reads (WAV, FLAC, Ogg, MP3...); rate and channels
-come from the file. Raw audio is interleaved s16le and needs -r and -c:
-
-  corvane record -i speech.wav take.aac
-  arecord -t raw -f S16_LE -r 48000 -c 1 | corvane record -r 48000 -c 1 take.aac
-
-Ctrl-C (SIGINT) and SIGTERM end the take and seal it. The figures come as JSON
-on standard output, all else on standard error. Exit status: 0 done, 1 failed,
-2 wrong usage.
-)";
-
 // A folder at the capture path would be moved aside like audio.
 bool is_folder(const std::string& path) {
   struct stat file = {};
@@ -27,13 +15,6 @@ bool is_folder(const std::string& path) {
 }
 
 }  // namespace
-
-CLI::App* add_record_command(CLI::App* app, TakeArguments* arguments) {
-  CLI::App* command = app->add_subcommand("record", "Record a new take");
-  add_take_arguments(command, "The capture to write", arguments);
-  command->footer(kExamples);
-  return command;
-}
 
 int run_record(const TakeArguments& arguments, Console* console,
                LogOutput* log) {

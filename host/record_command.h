@@ -2,17 +2,11 @@
 #ifndef CORVANE_HOST_RECORD_COMMAND_H_
 #define CORVANE_HOST_RECORD_COMMAND_H_
 
-#include <CLI/CLI.hpp>
-
 #include "console.h"
 #include "log_output.h"
 #include "take_arguments.h"
 
 namespace corvane {
-
-// Adds the command to `app`; parsing fills `arguments`, which must outlive
-// `app`.
-CLI::App* add_record_command(CLI::App* app, TakeArguments* arguments);
 
 // Records a take and prints its figures as JSON on standard output, everything
 // else on the console. Returns the exit status.

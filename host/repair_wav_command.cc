@@ -12,22 +12,6 @@
 namespace corvane {
 namespace {
 
-constexpr char kNotes[] =
-    R"(For 16-bit PCM whose recorder died before it wrote the sizes: the header, 44
-bytes, is written anew from the file's size, and the audio is not touched. What
-that would damage is refused: other kinds of file, longer headers, other
-samples.
-
-  corvane repair-wav take.wav
-  corvane repair-wav take.wav -r 48000 -c 1     when the header lost those too
-
-The result, with the old header in it, comes as JSON on standard output, all
-else on standard error. Exit status: 0 done, 1 failed or refused, 2 wrong usage.
-)";
-
-// The header's fields are this wide; more would be written as less.
-constexpr int kMostChannels = 32767;
-
 // What is known of the file before it is repaired.
 struct Before {
   std::string error;  // why there is nothing to repair, as a clause
@@ -155,28 +139,6 @@ void report_failure(const std::string& path, const PcmFormat& format,
 }
 
 }  // namespace
-
-CLI::App* add_repair_wav_command(CLI::App* app, RepairWavArguments* arguments) {
-  CLI::App* command =
-      app->add_subcommand("repair-wav", "Write a WAV file's header anew");
-  command->add_option("FILE.wav", arguments->path, "The file to repair")
-      ->type_name("")
-      ->required();
-  command
-      ->add_option("-r", arguments->sample_rate,
-                   "Sample rate; if left out, the old header's")
-      ->type_name("HZ")
-      ->check(CLI::Range(1, INT32_MAX).description(""));
-  command
-      ->add_option("-c", arguments->channels,
-                   "Channels; if left out, the old header's")
-      ->type_name("N")
-      ->check(CLI::Range(1, kMostChannels).description(""));
-  command->add_flag("--force", arguments->force,
-                    "Write it whatever the file is");
-  command->footer(kNotes);
-  return command;
-}
 
 int run_repair_wav(const RepairWavArguments& arguments, Console* console,
                    LogOutput* log) {

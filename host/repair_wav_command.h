@@ -2,7 +2,6 @@
 #ifndef CORVANE_HOST_REPAIR_WAV_COMMAND_H_
 #define CORVANE_HOST_REPAIR_WAV_COMMAND_H_
 
-#include <CLI/CLI.hpp>
 #include <string>
 
 #include "console.h"
@@ -16,10 +15,6 @@ struct RepairWavArguments {
   int channels = 0;     // the same
   bool force = false;   // whatever the file is
 };
-
-// Adds the command to `app`; parsing fills `arguments`, which must outlive
-// `app`.
-CLI::App* add_repair_wav_command(CLI::App* app, RepairWavArguments* arguments);
 
 // The plugin writes its 44 bytes over any file: this looks at the file first,
 // and leaves alone what they would damage. Prints what was changed, as JSON on

@@ -11,17 +11,6 @@
 namespace corvane {
 namespace {
 
-constexpr char kExamples[] =
-    R"(The audio goes behind the capture's last whole frame; a frame that was torn
-is cut off first, and nothing else is changed. Input is as for corvane record:
-
-  corvane resume -i rest.wav take.aac
-  arecord -t raw -f S16_LE -r 48000 -c 1 | corvane resume -r 48000 -c 1 take.aac
-
-The figures of the whole capture come as JSON on standard output, all else on
-standard error. Exit status: 0 done, 1 failed, 2 wrong usage.
-)";
-
 // Why the capture cannot be gone on with, and what can be done instead.
 void complain(const std::string& path, const CaptureLook& look,
               Console* console) {
@@ -72,14 +61,6 @@ KeptAudio kept_audio(const CaptureLook& look) {
 }
 
 }  // namespace
-
-CLI::App* add_resume_command(CLI::App* app, TakeArguments* arguments) {
-  CLI::App* command =
-      app->add_subcommand("resume", "Continue an interrupted take");
-  add_take_arguments(command, "The capture to continue", arguments);
-  command->footer(kExamples);
-  return command;
-}
 
 int run_resume(const TakeArguments& arguments, Console* console,
                LogOutput* log) {

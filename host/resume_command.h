@@ -2,17 +2,11 @@
 #ifndef CORVANE_HOST_RESUME_COMMAND_H_
 #define CORVANE_HOST_RESUME_COMMAND_H_
 
-#include <CLI/CLI.hpp>
-
 #include "console.h"
 #include "log_output.h"
 #include "take_arguments.h"
 
 namespace corvane {
-
-// Adds the command to `app`; parsing fills `arguments`, which must outlive
-// `app`.
-CLI::App* add_resume_command(CLI::App* app, TakeArguments* arguments);
 
 // Looks at the capture, says what it holds, and records on behind its last
 // whole frame. What is no capture is left alone. Prints the figures of the

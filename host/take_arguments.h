@@ -3,7 +3,6 @@
 #ifndef CORVANE_HOST_TAKE_ARGUMENTS_H_
 #define CORVANE_HOST_TAKE_ARGUMENTS_H_
 
-#include <CLI/CLI.hpp>
 #include <cstdint>
 #include <memory>
 #include <optional>
@@ -24,11 +23,6 @@ struct TakeArguments {
   bool realtime = false;
   int chunk_ms = 20;
 };
-
-// Adds the options to `command`; parsing fills `arguments`, which must outlive
-// it. `output_help` is the capture's line in the help.
-void add_take_arguments(CLI::App* command, const std::string& output_help,
-                        TakeArguments* arguments);
 
 // NULL, with the exit status in `status`, when the source cannot be had or
 // contradicts the options, which has then been said on the console.
