@@ -4,7 +4,8 @@
 sample=/usr/share/sounds/alsa/Front_Center.wav
 
 scripts_are_sound() {
-  shellcheck -x scripts/run scripts/test scripts/crash-demo scripts/crash-test \
+  shellcheck -x scripts/run scripts/test scripts/bench scripts/crash-demo \
+    scripts/crash-test \
     scripts/lib/*.sh \
     .ci/run
 }
@@ -18,9 +19,9 @@ sources_are_formatted() {
 
 # Headers are looked at through the sources that include them.
 sources_are_tidy() {
-  ls build/dev-clang/compile_commands.json
+  ls build/asan/compile_commands.json
   find src host embedding -name '*.cc' -print0 |
-    xargs -0 -n 1 -P "$(nproc)" clang-tidy --quiet -p build/dev-clang
+    xargs -0 -n 1 -P "$(nproc)" clang-tidy --quiet -p build/asan
 }
 
 # What the README promises of the first command.

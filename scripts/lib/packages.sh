@@ -11,14 +11,17 @@ run_packages=(
   alsa-utils ffmpeg
 )
 
-# To test: the second compiler with its checkers, GoogleTest, and GTK, which
-# the build against a Flutter SDK's own library asks for.
+# To measure.
+bench_packages=("${run_packages[@]}" libbenchmark-dev jq)
+
+# To test: the second compiler with its sanitizers and checkers, GoogleTest,
+# and GTK, which the build against a Flutter SDK's own library asks for.
 # shellcheck disable=SC2034 # for those who source this
 test_packages=(
-  "${run_packages[@]}"
-  clang clang-format clang-tidy
+  "${bench_packages[@]}"
+  clang clang-format clang-tidy libclang-rt-dev
   libgtest-dev libgmock-dev libgtk-3-dev
-  jq shellcheck
+  shellcheck
 )
 
 # For the crash demonstration: what draws its picture.
