@@ -91,8 +91,10 @@ void Disk::Apply(const DiskOp& op) {
   }
   File& file = files[op.path];
   if (op.kind == Kind::kCreate) {
-    // Only an empty file is ever opened this way: there is nothing to cut.
     file.has_durable_name = file.has_durable_name && file.size > 0;
+    // The plugin truncates none but empty files; any other would be lost.
+    if (file.size > 0) file.pending.push_back({true, 0, {}});
+    file.size = 0;
   } else if (op.kind == Kind::kWrite) {
     file.pending.push_back({false, file.size, op.data});
     file.size += static_cast<int64_t>(op.data.size());

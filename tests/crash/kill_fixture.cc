@@ -3,7 +3,6 @@
 #include <unistd.h>
 
 #include <csignal>
-#include <cstdio>
 
 #include "crash/journal.h"
 #include "host/child_process.h"
@@ -126,18 +125,6 @@ Bytes WholePart(const Bytes& file, const Bytes& reference) {
     end += frame.size();
   }
   return Slice(file, 0, end);
-}
-
-void ExpectDecodes(const std::string& path) {
-  // Told what it is: by itself it may fail to recognise two lone frames.
-  const std::string command =
-      "ffmpeg -nostdin -v error -f aac -i '" + path + "' -f null - 2>&1";
-  FILE* const output = popen(command.c_str(), "r");
-  ASSERT_NE(output, nullptr);
-  char complaint[256] = "";
-  const size_t size = fread(complaint, 1, sizeof(complaint) - 1, output);
-  EXPECT_EQ(pclose(output), 0);
-  EXPECT_EQ(std::string(complaint, size), "");
 }
 
 }  // namespace corvane_test

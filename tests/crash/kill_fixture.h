@@ -54,8 +54,8 @@ class KillTest : public ChannelTest {
 // The whole frames at the front of `file`, which is a piece of `reference`.
 Bytes WholePart(const Bytes& file, const Bytes& reference);
 
-// An independent decoder finds nothing to complain about.
-void ExpectDecodes(const std::string& path);
+// A decoder, told to be strict, takes every frame and has nothing to say.
+void ExpectDecodes(const Bytes& file);
 
 }  // namespace corvane_test
 

@@ -20,6 +20,17 @@ std::vector<std::string> WalkModel::Call(const Step& step,
                                          const Bytes& written) {
   lines_.clear();
   written_ = written;
+  CarryOut(step);
+  if (!written_.empty()) complaint_ = "more was written than promised";
+  return lines_;
+}
+
+void WalkModel::CarryOut(const Step& step) {
+  if (step.what == Do::kRestart) {
+    Close("plugin dispose");
+    Forget();
+    return;
+  }
   bool quiet = false;
   const std::string method = MethodOf(step);
   const Reply reply = Dispatch(step, &quiet);
@@ -27,8 +38,6 @@ std::vector<std::string> WalkModel::Call(const Step& step,
     lines_.push_back(Failed(method, reply));
   }
   lines_.push_back(Answer(method, reply));
-  if (!written_.empty()) complaint_ = "more was written than promised";
-  return lines_;
 }
 
 Reply WalkModel::Dispatch(const Step& step, bool* quiet) {
@@ -72,9 +81,16 @@ Reply WalkModel::Start(const Step& step) {
   const auto file = world_.files.find(real);
   const bool is_empty_file = file != world_.files.end() && file->second.empty();
   if (world_.Has(real) && !is_empty_file) {
-    const std::string slot = FreeSlot(path);
-    world_.Move(real, Normal(slot));
-    lines_.push_back(Warning("preserved orphan audio " + path + " as " + slot));
+    const auto slot = FreeSlot(path);
+    if (!slot) {
+      lines_.push_back(Error("no free orphan slot for " + path));
+      return FileError("WRITE_FAILED",
+                       "existing audio at target could not be preserved", path);
+    }
+    world_.Move(real, Normal(*slot));
+    Changed();
+    lines_.push_back(
+        Warning("preserved orphan audio " + path + " as " + *slot));
   }
   const int error = ParentError(path);
   if (error != 0) {
@@ -82,6 +98,7 @@ Reply WalkModel::Start(const Step& step) {
                       error);
   }
   world_.files[real] = {};
+  Changed();
   Open(step);
   lines_.push_back(StartLine(path, step.rate, step.channels));
   return NullReply();
@@ -187,6 +204,7 @@ Reply WalkModel::FinalizeWavOnly(const Step& step) {
     header = Concat(header, field);
   }
   file = Concat(header, Slice(file, kWavHeader));
+  Changed();
   lines_.push_back(Info("finalizeWavOnly patched " + path +
                         " dataBytes=" + std::to_string(data)));
   return NullReply();

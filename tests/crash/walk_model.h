@@ -5,6 +5,7 @@
 #define CORVANE_TESTS_CRASH_WALK_MODEL_H_
 
 #include <map>
+#include <optional>
 #include <set>
 #include <string>
 #include <vector>
@@ -27,17 +28,31 @@ struct World {
 };
 World WorldIn(const std::string& folder);
 bool operator==(const World& a, const World& b);
+std::string Difference(const World& expected, const World& actual);
+std::string Difference(const std::vector<std::string>& expected,
+                       const std::vector<std::string>& actual);
+
+// The orphan slot `n` of a path, as written: from 0 to 99.
+constexpr int kSlots = 100;
+std::string SlotOf(const std::string& path, int n);
 
 class WalkModel {
  public:
   // `folder` is the working directory and the only place that exists.
   explicit WalkModel(const std::string& folder);
 
-  // Carries out one call. `written` are the bytes that the plugin wrote during
-  // it. Returns the log lines and the answer that are due.
+  // Carries out one call, or the end of the plugin. `written` are the bytes
+  // that the plugin wrote during it. Returns the log lines and the answer that
+  // are due.
   std::vector<std::string> Call(const Step& step, const Bytes& written);
-  // Follows a step around the plugin, once it is done.
-  void Around(const Step& step, const Bytes& written);
+  // Follows what was done to the files behind the plugin's back.
+  void Follow();
+  // The process was killed while it carried out `calls`; it had written
+  // `written` (a piece of a frame at the end only if it `may_tear`) and had
+  // `said` these lines. Says what contradicts the model, and takes over the
+  // files as found.
+  std::string Kill(const Walk& calls, const Bytes& written, bool may_tear,
+                   const std::vector<std::string>& said, const World& found);
 
   const World& world() const { return world_; }
   // The written bytes were more, less or other than the promised frames.
@@ -59,6 +74,21 @@ class WalkModel {
     size_t frames = 0;  // frames in the file, as the closing line counts them
   };
 
+  // Files that a killed process may have left, and the lines before them.
+  struct Moment {
+    World world;
+    size_t lines;
+  };
+  struct Death {};  // thrown where a killed process had come to its end
+
+  void CarryOut(const Step& step);
+  void Forget();
+  // Follows each change to a file that is made as a whole or not at all.
+  void Changed();
+  // The next frame wasn't written, or not as a whole.
+  void WriteTorn(Bytes* file);
+  bool MayFind(const World& found, size_t said) const;
+
   Reply Start(const Step& step);
   Reply Append(size_t bytes);
   Reply Stop();
@@ -78,7 +108,7 @@ class WalkModel {
   // The errno of opening an entry for writing without creating it; 0: opens.
   int OpenError(const std::string& path) const;
   int ParentError(const std::string& path) const;
-  std::string FreeSlot(const std::string& path) const;
+  std::optional<std::string> FreeSlot(const std::string& path) const;
 
   const std::string folder_;
   World world_;
@@ -88,10 +118,10 @@ class WalkModel {
   std::vector<std::string> lines_;
   Bytes written_;
   std::string complaint_;
+  bool is_killed_ = false;
+  bool may_tear_ = false;
+  std::vector<Moment> moments_;  // behind the last byte of `written_`
 };
-
-// The method's name as the channel knows it.
-const char* MethodOf(const Step& step);
 
 }  // namespace corvane_test
 

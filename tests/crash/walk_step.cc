@@ -2,22 +2,29 @@
 
 #include <array>
 
+#include "support/pcm.h"
+
 namespace corvane_test {
 namespace {
 
 // In the order of Do.
-constexpr std::array<const char*, 18> kNames = {
+constexpr std::array<const char*, 20> kNames = {
     "kStart",           "kAppend",     "kPause",
     "kResume",          "kStop",       "kCancel",
     "kFlush",           "kResumePath", "kFinalizePath",
     "kFinalizeWavOnly", "kUnknown",    "kBadCall",
     "kRestart",         "kTear",       "kLitter",
-    "kForeignFile",     "kFolder",     "kRemove"};
+    "kForeignFile",     "kFolder",     "kRemove",
+    "kFillSlots",       "kKill"};
 
 // How many times in a hundred each comes up, in the same order: appends often
 // enough that takes grow, and hardly a step that ends everything.
 constexpr std::array<int, kNames.size()> kWeights = {
-    12, 30, 5, 6, 6, 3, 3, 9, 5, 2, 1, 4, 2, 5, 3, 2, 1, 1};
+    11, 28, 5, 5, 5, 3, 3, 9, 5, 2, 1, 3, 2, 4, 3, 2, 1, 1, 1, 6};
+
+// Calls that a kill may find unanswered, at most.
+constexpr size_t kUnanswered = 6;
+constexpr int kMaxChunk = 20000;
 
 Do RandomDo(Chance* chance) {
   int left = chance->Between(1, 100);
@@ -50,8 +57,7 @@ Step RandomStep(Chance* chance) {
   step.channels = kChannels[chance->Between(0, 2)];
   switch (step.what) {
     case Do::kAppend:
-      step.count =
-          chance->OneIn(8) ? chance->Between(0, 5) : chance->Between(0, 20000);
+      step.count = chance->Between(0, chance->OneIn(8) ? 5 : kMaxChunk);
       break;
     case Do::kFinalizePath:
       step.count = chance->OneIn(4) ? chance->Between(0, last_path) : step.path;
@@ -61,15 +67,60 @@ Step RandomStep(Chance* chance) {
       break;
     case Do::kTear:
     case Do::kLitter:
-      step.count = chance->Between(1, 40);
+      // Inside a frame mostly, now and then through several.
+      step.count = chance->Between(1, chance->OneIn(8) ? 1000 : 40);
       break;
     case Do::kForeignFile:
       step.count = chance->Between(1, 200);
+      break;
+    case Do::kFillSlots:
+      step.count = chance->OneIn(4) ? chance->Between(1, 2) : 0;
+      break;
+    case Do::kKill:
+      step.bytes = chance->OneIn(3) ? chance->Between(1, 150) : 0;
+      step.count = chance->OneIn(5)   ? 0
+                   : chance->OneIn(4) ? chance->Between(1, 60)
+                                      : chance->Between(1, 5);
       break;
     default:
       break;
   }
   return step;
+}
+
+Walk CallsBehind(const Walk& walk, size_t kill) {
+  Walk calls;
+  for (size_t i = kill + 1; i < walk.size() && calls.size() < kUnanswered;
+       ++i) {
+    // Only an unknown method is answered out of turn.
+    if (walk[i].what >= Do::kUnknown && walk[i].what != Do::kBadCall) break;
+    calls.push_back(walk[i]);
+  }
+  return calls;
+}
+
+const char* MethodOf(const Step& step) {
+  // In the order of Do.
+  constexpr std::array<const char*, 11> kMethods = {
+      "start",        "append",          "pause",  "resume",
+      "stop",         "cancel",          "flush",  "resumePath",
+      "finalizePath", "finalizeWavOnly", "explode"};
+  return step.what == Do::kBadCall ? BadCalls()[step.count].method
+                                   : kMethods[static_cast<size_t>(step.what)];
+}
+
+Value ArgsOf(const Step& step) {
+  static const Bytes pcm = Noise(kMaxChunk);
+  if (step.what == Do::kAppend) return Slice(pcm, 0, step.count);
+  if (step.what == Do::kBadCall) return BadCalls()[step.count].args;
+  const std::string& path = kWalkPaths[step.path];
+  return Value::Map(
+      {{"capturePath", path},
+       {"wavPath", path},
+       {"outputPath",
+        step.what == Do::kFinalizePath ? kWalkPaths[step.count] : path},
+       {"sampleRate", step.rate},
+       {"channels", step.channels}});
 }
 
 std::vector<BadCall> BadCalls() {

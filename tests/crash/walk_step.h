@@ -32,6 +32,12 @@ enum class Do {
   kForeignFile,  // of `count` bytes, where there is nothing
   kFolder,       // with a file in it, where there is nothing
   kRemove,       // a file that is not being recorded
+  kFillSlots,    // with litter, all orphan slots of a path but `count`
+  // SIGKILL. The next calls are sent without waiting for a reply: the plugin's
+  // `count`th system or codec call is its last and not carried out; or, where
+  // `bytes` isn't 0, its `count`th write, of so many bytes at most. When they
+  // were all answered before, or `count` is 0, it strikes an idle plugin.
+  kKill,
 };
 
 struct Step {
@@ -40,6 +46,7 @@ struct Step {
   int rate = 48000;
   int channels = 1;
   int count = 0;
+  int bytes = 0;
 };
 using Walk = std::vector<Step>;
 
@@ -49,6 +56,13 @@ const std::vector<std::string> kWalkPaths = {"a.aac", "b", "./a.aac",
                                              "missing/c.aac", "b/d.aac"};
 
 std::string ToString(const Walk& walk);
+
+// The calls that a kill finds unanswered: those behind step `kill`.
+Walk CallsBehind(const Walk& walk, size_t kill);
+
+// What the channel knows a call by, and what goes with it.
+const char* MethodOf(const Step& step);
+Value ArgsOf(const Step& step);
 Step RandomStep(Chance* chance);
 
 // Calls that the argument checks refuse, and their answers.

@@ -23,6 +23,31 @@ size_t DeclaredLength(const Bytes& header) {
 
 }  // namespace
 
+std::string Difference(const World& expected, const World& actual) {
+  std::string text;
+  const auto list = [&text](const World& world, const World& other) {
+    for (const auto& [path, content] : world.files) {
+      const auto twin = other.files.find(path);
+      if (twin != other.files.end() && twin->second == content) continue;
+      text += "\n  " + path + " " + std::to_string(content.size()) + " bytes";
+    }
+  };
+  text += "files due that aren't like this:";
+  list(expected, actual);
+  text += "\nfiles found instead:";
+  list(actual, expected);
+  return text + "\n";
+}
+
+std::string Difference(const std::vector<std::string>& expected,
+                       const std::vector<std::string>& actual) {
+  std::string text = "due:\n";
+  for (const std::string& line : expected) text += "  " + line + "\n";
+  text += "came:\n";
+  for (const std::string& line : actual) text += "  " + line + "\n";
+  return text;
+}
+
 World WorldIn(const std::string& folder) {
   World world;
   world.folders.insert(folder);
@@ -78,28 +103,21 @@ int WalkModel::OpenError(const std::string& path) const {
   return error != 0 ? error : ENOENT;
 }
 
-std::string WalkModel::FreeSlot(const std::string& path) const {
+std::string SlotOf(const std::string& path, int n) {
   const size_t base = path.rfind('/') + 1;  // npos + 1 is 0
   const size_t dot = path.rfind('.');
   const size_t stem =
       dot == std::string::npos || dot < base ? path.size() : dot;
-  for (int n = 0;; ++n) {
-    const std::string slot = path.substr(0, stem) + ".orphan" +
-                             (n == 0 ? "" : std::to_string(n)) +
-                             path.substr(stem);
-    if (!world_.Has(Normal(slot))) return slot;
-  }
+  return path.substr(0, stem) + ".orphan" + (n == 0 ? "" : std::to_string(n)) +
+         path.substr(stem);
 }
 
-void WalkModel::Around(const Step& step, const Bytes& written) {
-  if (step.what == Do::kRestart) {
-    written_ = written;
-    Close("plugin dispose");
-    dropped_ = 0;
-    append_failure_reported_ = false;
-    return;
+std::optional<std::string> WalkModel::FreeSlot(const std::string& path) const {
+  for (int n = 0; n < kSlots; ++n) {
+    const std::string slot = SlotOf(path, n);
+    if (!world_.Has(Normal(slot))) return slot;
   }
-  world_ = WorldIn(folder_);
+  return std::nullopt;
 }
 
 void WalkModel::Open(const Step& step) {
@@ -138,14 +156,14 @@ void WalkModel::Write(size_t count) {
     const size_t length =
         written_.size() < 7 ? 0 : DeclaredLength(Slice(written_, 0, 7));
     const Bytes frame = Slice(written_, 0, length);
-    if (length < 8 || frame.size() < length ||
-        NaiveScan(frame).sample_rate != session_.rate ||
+    if (length < 8 || frame.size() < length) return WriteTorn(&file);
+    if (NaiveScan(frame).sample_rate != session_.rate ||
         ChannelConfigOf(frame) != session_.channels) {
-      complaint_ = "a promised frame was not written";
-      return;
+      complaint_ = "a frame says that it is of another format";
     }
-    file = Concat(file, frame);
-    written_ = Slice(written_, length);
+    file.insert(file.end(), frame.begin(), frame.end());
+    written_.erase(written_.begin(), written_.begin() + length);
+    Changed();
     ++session_.frames;
   }
 }
@@ -158,6 +176,7 @@ adts::Scan WalkModel::Trim(const std::string& path) {
     lines_.push_back(Warning("dropping " + std::to_string(file.size() - end) +
                              " torn trailing bytes from " + path));
     file.resize(end);
+    Changed();
   }
   if (scan.skipped_bytes > 0) {
     lines_.push_back(Warning(path + " has " +
@@ -165,35 +184,6 @@ adts::Scan WalkModel::Trim(const std::string& path) {
                              " non-ADTS bytes between frames; left in place"));
   }
   return scan;
-}
-
-const char* MethodOf(const Step& step) {
-  switch (step.what) {
-    case Do::kStart:
-      return "start";
-    case Do::kAppend:
-      return "append";
-    case Do::kPause:
-      return "pause";
-    case Do::kResume:
-      return "resume";
-    case Do::kStop:
-      return "stop";
-    case Do::kCancel:
-      return "cancel";
-    case Do::kFlush:
-      return "flush";
-    case Do::kResumePath:
-      return "resumePath";
-    case Do::kFinalizePath:
-      return "finalizePath";
-    case Do::kFinalizeWavOnly:
-      return "finalizeWavOnly";
-    case Do::kBadCall:
-      return BadCalls()[step.count].method;
-    default:
-      return "explode";
-  }
 }
 
 }  // namespace corvane_test
