@@ -70,6 +70,20 @@ std::string advice_for(const PluginError& error, const TakeOptions& options,
              : way_out(error, options.capture_path, source);
 }
 
+// What there is at the path of a take that was begun and could not be sealed.
+std::string what_is_left(const std::string& path) {
+  const CaptureLook look = look_at_capture(path);
+  if (look.is_missing) {
+    return path +
+           ": the file is not there any more; if it was moved, seal it where "
+           "it is now: corvane finalize FILE";
+  }
+  if (look.error.empty() && look.scan.samples == 0) {
+    return path + " holds no audio: not one frame could be written";
+  }
+  return path + " keeps what was recorded until then, but could not be sealed";
+}
+
 // What the plugin's error means, in full.
 void report_failure(const TakeOptions& options, const AudioSource& source,
                     const TakeResult& take, Console* console) {
@@ -81,9 +95,7 @@ void report_failure(const TakeOptions& options, const AudioSource& source,
                     (advice.empty() ? "" : "; " + advice));
   console->Complain("the plugin's error: " + describe(error));
   if (take.started && !take.sealed && error.code != "VERIFY_FAILED") {
-    console->Complain(options.capture_path +
-                      " keeps what was recorded until then, but could not "
-                      "be sealed");
+    console->Complain(what_is_left(options.capture_path));
   }
 }
 

@@ -58,6 +58,11 @@ std::string make_writable(int64_t native_code, const std::string& path) {
     case EPERM:
     case EROFS:
       return "name a file in a folder that you may write to";
+    case ENAMETOOLONG:
+      return "give it a shorter name";
+    case EMFILE:
+    case ENFILE:
+      return "raise the limit on open files (ulimit -n)";
     default:
       return kElsewhere;
   }
