@@ -1,5 +1,5 @@
-// What ADTS files are put together from in these tests. Headers are written
-// bit by bit from the format's own table, never with the code under test.
+// What ADTS files are put together from in these tests, never with the code
+// under test.
 #ifndef CORVANE_TESTS_ADTS_PIECES_H_
 #define CORVANE_TESTS_ADTS_PIECES_H_
 
@@ -9,32 +9,10 @@
 #include <string>
 
 #include "adts/scan.h"
+#include "support/adts_header.h"
 #include "support/bytes.h"
 
 namespace corvane_test {
-
-// Every field of an ADTS header in the order of its bits. The defaults are
-// what this project writes: AAC LC, 44100 Hz, stereo, no CRC, one block.
-struct HeaderFields {
-  unsigned syncword = 0xFFF;
-  unsigned id = 0;
-  unsigned layer = 0;
-  unsigned protection_absent = 1;
-  unsigned profile = 1;
-  unsigned frequency_index = 4;
-  unsigned private_bit = 0;
-  unsigned channel_configuration = 2;
-  unsigned original_copy = 0;
-  unsigned home = 0;
-  unsigned copyright_bit = 0;
-  unsigned copyright_start = 0;
-  unsigned frame_length = 8;  // bytes, header included
-  unsigned buffer_fullness = 0x7FF;
-  unsigned raw_data_blocks = 0;  // one less than the blocks in the frame
-};
-
-// The 7 bytes that the fields make.
-Bytes HeaderBytes(const HeaderFields& fields);
 
 // A whole frame: the header and as many bytes `fill` as its length asks for.
 Bytes FrameBytes(const HeaderFields& fields, uint8_t fill = 0xAA);
