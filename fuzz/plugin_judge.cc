@@ -108,7 +108,8 @@ void PluginJudge::AfterOther(const std::string& method,
 
 void PluginJudge::AfterRestart(const Outcome& outcome) {
   if (model_) {
-    model_->Around({corvane_test::Do::kRestart}, outcome.written);
+    // Its lines reach nobody: the log channel ends before the plugin does.
+    model_->Call({corvane_test::Do::kRestart}, outcome.written);
     Look("dispose");
     HoldModel();
   } else {
@@ -118,8 +119,7 @@ void PluginJudge::AfterRestart(const Outcome& outcome) {
 
 void PluginJudge::AfterChange() {
   world_ = corvane_test::WorldIn(folder_);
-  // Of the changes around a plugin the model only sees what they left.
-  if (model_) model_->Around({corvane_test::Do::kLitter}, {});
+  if (model_) model_->Follow();
 }
 
 bool PluginJudge::MayRemove(const std::string& path) const {

@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "crash/chance.h"
+#include "support/chance.h"
 #include "support/bytes.h"
 #include "support/faults.h"
 

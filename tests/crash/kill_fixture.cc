@@ -14,7 +14,7 @@
 namespace corvane_test {
 namespace {
 
-constexpr int kFrameSamples = 1024;
+constexpr int64_t kSamplesPerFrame = 1024;
 // Below this the encoder holds everything, and the formula says nothing.
 constexpr int64_t kFormulaFrom = 2048;
 
@@ -33,9 +33,9 @@ std::optional<Loss> LossOf(const Remains& remains, const Bytes& file,
                            size_t old_size) {
   if (!remains.in_segment || remains.fed < kFormulaFrom) return std::nullopt;
   const Bytes segment = Slice(file, old_size + remains.segment_at);
-  const int64_t written = NaiveScan(segment).samples / kFrameSamples;
-  return Loss{remains.fed - kFrameSamples * (written - 1),
-              kFormulaFrom + remains.fed % kFrameSamples};
+  const int64_t written = NaiveScan(segment).samples / kSamplesPerFrame;
+  return Loss{remains.fed - kSamplesPerFrame * (written - 1),
+              kFormulaFrom + remains.fed % kSamplesPerFrame};
 }
 
 Remains KillTest::Kill(const Take& take, const StopPoint& point, int steps) {
@@ -85,7 +85,7 @@ void KillTest::FinalizeAndHold(const Take& take, const Bytes& whole) {
                                        {"sampleRate", take.rate},
                                        {"channels", take.channels}}));
   TakeTranscript();
-  const int64_t frames = NaiveScan(whole).samples / kFrameSamples;
+  const int64_t frames = NaiveScan(whole).samples / kSamplesPerFrame;
   const auto bytes = static_cast<int64_t>(whole.size());
   EXPECT_EQ(reply,
             frames > 0

@@ -4,8 +4,8 @@
 #include <array>
 #include <iostream>
 
-#include "crash/chance.h"
 #include "crash/kill_fixture.h"
+#include "support/chance.h"
 #include "support/files.h"
 #include "support/naive_scan.h"
 #include "support/pcm.h"

@@ -17,7 +17,7 @@ namespace {
 
 constexpr int kRandomPerPrefix = 4;
 // What is recorded behind each recovery: one frame and the priming.
-const Steps kLater = {"append=100", "stop"};
+const Steps kAfterwards = {"append=100", "stop"};
 
 bool StartsWith(const Bytes& whole, const Bytes& front) {
   return Slice(whole, 0, front.size()) == front;
@@ -32,8 +32,10 @@ class PowerCutTest : public KillTest {
     take_ = {Path("take.aac"), 48000, channels, steps};
     if (!old.empty()) WriteFile(take_.path, old);
     const std::vector<DiskOp> ops = RecordTake();
-    later_ = Uninterrupted(
-        {"", take_.rate, take_.channels, {"start", kLater[0], kLater[1]}});
+    later_ = Uninterrupted({"",
+                            take_.rate,
+                            take_.channels,
+                            {"start", kAfterwards[0], kAfterwards[1]}});
     Disk disk;
     if (!old.empty()) disk.files[take_.path] = Durable(old);
     Recover(disk);
@@ -122,7 +124,7 @@ class PowerCutTest : public KillTest {
     RunTake({take_.path,
              take_.rate,
              take_.channels,
-             {"resumePath", kLater[0], kLater[1]}});
+             {"resumePath", kAfterwards[0], kAfterwards[1]}});
     EXPECT_TRUE(StartsWith(ReadFile(take_.path), synced));
     const Bytes longer = Concat(whole, later_);
     ExpectSealed(longer, NaiveScan(longer));

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "crash/chance.h"
+#include "support/chance.h"
 #include "support/reply.h"
 #include "support/value.h"
 

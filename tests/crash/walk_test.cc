@@ -5,8 +5,8 @@
 
 #include <iostream>
 
-#include "crash/chance.h"
 #include "crash/walk_run.h"
+#include "support/chance.h"
 
 namespace corvane_test {
 namespace {

@@ -19,7 +19,7 @@ bool equal(FlValue* a, FlValue* b) {
   return result;
 }
 
-FlValue* map(const std::vector<std::pair<const char*, int>>& entries) {
+FlValue* map_of(const std::vector<std::pair<const char*, int>>& entries) {
   FlValue* map = fl_value_new_map();
   for (auto [key, value] : entries) {
     fl_value_set_string_take(map, key, fl_value_new_int(value));
@@ -27,7 +27,7 @@ FlValue* map(const std::vector<std::pair<const char*, int>>& entries) {
   return map;
 }
 
-FlValue* list(const std::vector<int>& elements) {
+FlValue* list_of(const std::vector<int>& elements) {
   FlValue* list = fl_value_new_list();
   for (int element : elements) {
     fl_value_append_take(list, fl_value_new_int(element));
@@ -58,7 +58,7 @@ TEST_F(EqualityTest, NumbersOfDifferentTypesDiffer) {
   const int64_t one64 = 1;
   EXPECT_FALSE(equal(fl_value_new_int32_list(&one32, 1),
                      fl_value_new_int64_list(&one64, 1)));
-  EXPECT_FALSE(equal(fl_value_new_int64_list(&one64, 1), list({1})));
+  EXPECT_FALSE(equal(fl_value_new_int64_list(&one64, 1), list_of({1})));
 }
 
 TEST_F(EqualityTest, ZerosOfEitherSignAreEqual) {
@@ -74,19 +74,20 @@ TEST_F(EqualityTest, NanEqualsNothingNotEvenItself) {
 }
 
 TEST_F(EqualityTest, ListsCompareInOrder) {
-  EXPECT_TRUE(equal(list({1, 2}), list({1, 2})));
-  EXPECT_FALSE(equal(list({1, 2}), list({2, 1})));
-  EXPECT_FALSE(equal(list({1, 2}), list({1, 2, 3})));
+  EXPECT_TRUE(equal(list_of({1, 2}), list_of({1, 2})));
+  EXPECT_FALSE(equal(list_of({1, 2}), list_of({2, 1})));
+  EXPECT_FALSE(equal(list_of({1, 2}), list_of({1, 2, 3})));
 }
 
 TEST_F(EqualityTest, MapsCompareWithoutOrder) {
-  EXPECT_TRUE(equal(map({{"a", 1}, {"b", 2}}), map({{"b", 2}, {"a", 1}})));
+  EXPECT_TRUE(
+      equal(map_of({{"a", 1}, {"b", 2}}), map_of({{"b", 2}, {"a", 1}})));
 }
 
 TEST_F(EqualityTest, MapsDifferInAKeyAValueOrTheirNumber) {
-  EXPECT_FALSE(equal(map({{"a", 1}}), map({{"b", 1}})));
-  EXPECT_FALSE(equal(map({{"a", 1}}), map({{"a", 2}})));
-  EXPECT_FALSE(equal(map({{"a", 1}}), map({{"a", 1}, {"b", 2}})));
+  EXPECT_FALSE(equal(map_of({{"a", 1}}), map_of({{"b", 1}})));
+  EXPECT_FALSE(equal(map_of({{"a", 1}}), map_of({{"a", 2}})));
+  EXPECT_FALSE(equal(map_of({{"a", 1}}), map_of({{"a", 1}, {"b", 2}})));
 }
 
 TEST_F(EqualityTest, CustomValuesAreNeverEqual) {

@@ -5,7 +5,7 @@
 namespace corvane_test {
 namespace {
 
-const Bytes kOldAudio = {'o', 'l', 'd'};
+const Bytes kAudioThere = {'o', 'l', 'd'};
 const Bytes kOlderAudio = {'o', 'l', 'd', 'e', 'r'};
 
 class SurpriseFaultsTest : public FaultsTest {
@@ -80,19 +80,19 @@ TEST_F(SurpriseFaultsTest, FramesBehindAWriteThatFailedInAPauseAreCutOff) {
 
 TEST_F(SurpriseFaultsTest, OrphanWhoseStatFailsIsReplaced) {
   WriteFile(slot_, kOlderAudio);
-  WriteFile(path_, kOldAudio);
+  WriteFile(path_, kAudioThere);
   Fault fault(On("stat").Path(slot_).Fail(EACCES));
   EXPECT_EQ(Start(path_), NullReply());
-  EXPECT_EQ(ReadFile(slot_), kOldAudio);
+  EXPECT_EQ(ReadFile(slot_), kAudioThere);
   EXPECT_EQ(ListDir(Path("")), (Lines{"take.aac", "take.orphan.aac"}));
 }
 
 TEST_F(SurpriseFaultsTest, SlotTakenBetweenLookAndRenameIsReplaced) {
-  WriteFile(path_, kOldAudio);
+  WriteFile(path_, kAudioThere);
   Fault race(
       On("rename").Before([&](PluginCall&) { WriteFile(slot_, kOlderAudio); }));
   EXPECT_EQ(Start(path_), NullReply());
-  EXPECT_EQ(ReadFile(slot_), kOldAudio);
+  EXPECT_EQ(ReadFile(slot_), kAudioThere);
   EXPECT_EQ(ListDir(Path("")), (Lines{"take.aac", "take.orphan.aac"}));
 }
 

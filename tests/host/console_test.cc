@@ -17,7 +17,7 @@ namespace {
 using corvane::Console;
 using corvane::printable;
 
-constexpr int kHangMs = 10 * 1000;
+constexpr int kTerminalMs = 10 * 1000;
 
 // A terminal without anybody at it.
 class Terminal {
@@ -48,7 +48,7 @@ class Terminal {
   std::string Text(size_t size) {
     std::string text;
     pollfd entry = {reader_, POLLIN, 0};
-    while (text.size() < size && poll(&entry, 1, kHangMs) > 0) {
+    while (text.size() < size && poll(&entry, 1, kTerminalMs) > 0) {
       char buffer[4096];
       const ssize_t got = read(reader_, buffer, sizeof(buffer));
       if (got <= 0) break;

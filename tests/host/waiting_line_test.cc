@@ -18,7 +18,7 @@ using corvane::WaitingLine;
 using std::chrono::hours;
 using std::chrono::milliseconds;
 
-constexpr int kHangMs = 60 * 1000;
+constexpr int kSilenceMs = 60 * 1000;
 
 // A terminal of 20 columns, read by the test.
 class WaitingLineTest : public ::testing::Test {
@@ -39,7 +39,7 @@ class WaitingLineTest : public ::testing::Test {
   void Await(const std::string& text) {
     while (all_.find(text) == std::string::npos) {
       pollfd entry = {shown_, POLLIN, 0};
-      ASSERT_EQ(poll(&entry, 1, kHangMs), 1) << all_;
+      ASSERT_EQ(poll(&entry, 1, kSilenceMs), 1) << all_;
       char buffer[4096];
       const ssize_t got = read(shown_, buffer, sizeof(buffer));
       ASSERT_GT(got, 0);

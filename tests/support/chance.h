@@ -1,7 +1,7 @@
 // Everything that these tests leave to chance comes from one seed, which the
 // test program prints: CORVANE_TEST_SEED=N repeats a run.
-#ifndef CORVANE_TESTS_CRASH_CHANCE_H_
-#define CORVANE_TESTS_CRASH_CHANCE_H_
+#ifndef CORVANE_TESTS_SUPPORT_CHANCE_H_
+#define CORVANE_TESTS_SUPPORT_CHANCE_H_
 
 #include <cstdint>
 #include <random>
@@ -33,4 +33,4 @@ class Chance {
 
 }  // namespace corvane_test
 
-#endif  // CORVANE_TESTS_CRASH_CHANCE_H_
+#endif  // CORVANE_TESTS_SUPPORT_CHANCE_H_

@@ -1,0 +1,3 @@
+#include "support/run_seeded.h"
+
+int main(int argc, char** argv) { return corvane_test::RunSeeded(argc, argv); }
