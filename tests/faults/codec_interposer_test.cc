@@ -24,6 +24,10 @@ TEST(CodecInterposerTest, LibavCallsFailTheirOwnWay) {
     Fault fault(On("av_frame_get_buffer").Fail(AVERROR_EXTERNAL));
     EXPECT_EQ(av_frame_get_buffer(frame, 0), AVERROR_EXTERNAL);
   }
+  {
+    Fault without_a_reason(On("av_frame_get_buffer").Fail(0));
+    EXPECT_EQ(av_frame_get_buffer(frame, 0), AVERROR_UNKNOWN);
+  }
   av_frame_free(&frame);
   EXPECT_EQ(HeldNow(), before);
 }

@@ -46,6 +46,7 @@ struct PluginCall {
   int fd = -1;
   int64_t size = 0;    // bytes asked for; ftruncate's length; nb_samples of a
                        // frame that is sent, 0 for the flush
+  int64_t wanted = 0;  // the size as the plugin gave it, before any Accept()
   int64_t offset = 0;  // of a pread
   int flags = 0;       // of an open,
   mode_t mode = 0;     // with the mode where it may create
@@ -83,8 +84,9 @@ struct Rule {
   Rule& Descriptor(int only);
   // The call isn't made (but a close is, and still reports the failure). A
   // system call fails with `error` as errno, which may be 0; a libav call with
-  // AVERROR(error), or with `error` itself where that is negative; one that
-  // returns a pointer with null.
+  // AVERROR(error), or with `error` itself where that is negative, or with
+  // AVERROR_UNKNOWN for 0, which is no failure; one that returns a pointer with
+  // null.
   Rule& Fail(int error);
   // The call isn't made and returns `value`, with errno left alone.
   Rule& Return(int64_t value);

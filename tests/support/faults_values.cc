@@ -75,12 +75,16 @@ PluginCall OnDescriptor(const char* name, int fd, int64_t size) {
   call.name = name;
   call.fd = fd;
   call.size = size;
+  call.wanted = size;
   return call;
 }
 
 int64_t FailureOf(const PluginCall& call, int64_t error) {
   if (!call.averror) {
     return call.failed;
+  }
+  if (error == 0) {
+    return AVERROR_UNKNOWN;
   }
   return error < 0 ? error : AVERROR(error);
 }
