@@ -5,7 +5,7 @@ sample=/usr/share/sounds/alsa/Front_Center.wav
 
 scripts_are_sound() {
   shellcheck -x scripts/run scripts/test scripts/bench scripts/crash-demo \
-    scripts/crash-test \
+    scripts/crash-test scripts/fuzz scripts/soak \
     scripts/lib/*.sh \
     .ci/run
 }

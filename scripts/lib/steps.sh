@@ -4,6 +4,7 @@
 passed=0
 failed=0
 logs=build/test_logs
+declare -A good_in=() bad_in=() # cases, by build and by test program
 
 # attempt LOG COMMAND...: leaves the exit status in `status`. The command has
 # a shell of its own, in which any failing line is the end.
@@ -48,9 +49,11 @@ run_tests() {
     ctest --test-dir "build/$name" -j2 --output-on-failure
   while read -r program; do
     count_cases "$results/$program.json" "$(ended_well "$name" "$program")"
+    count_in "$program" "$cases_held" "$cases_bad"
   done < <(ctest --test-dir "build/$name" --show-only=json-v1 |
     jq -r '.tests[].name')
   ((good + bad)) || bad=1 # a build without a test proves nothing
+  count_in "$name" $good $bad
   report $good $bad "$good/$((good + bad))" "$log" $((SECONDS - started))
 }
 
@@ -60,18 +63,49 @@ ended_well() {
   if [[ -e $list ]] && grep -q ":$2\$" "$list"; then echo 0; else echo 1; fi
 }
 
-# count_cases RESULTS ENDED_WELL: adds to run_tests' good and bad. A case that
-# was skipped or disabled hasn't passed. Without results of its own a program
-# is one case.
+# count_cases RESULTS ENDED_WELL: leaves the number of cases that held in
+# `cases_held` and the others in `cases_bad`, and adds them to run_tests' good
+# and bad. A disabled case hasn't passed; one that was skipped counts as neither,
+# and the summary tells why it was. Without results of its own a program is one
+# case.
 count_cases() {
-  local results=$1 ended_well=$2 cases=1 held=$2
-  [[ ! -s $results ]] || read -r cases held < <(jq -r '
-    [.testsuites[].testsuite[]]
+  local results=$1 ended_well=$2 cases=1
+  cases_held=$2
+  [[ ! -s $results ]] || read -r cases cases_held < <(jq -r '
+    [.testsuites[].testsuite[] | select(.result != "SKIPPED")]
     | "\(length) \(map(select(.result == "COMPLETED" and
                               (has("failures") | not))) | length)"' "$results")
+  cases_bad=$((cases - cases_held))
   # A crash, a leak or a time-out spoils a program whose cases all held, and
   # no case at all is no proof.
-  ((cases > held)) || ((ended_well && cases)) || bad=$((bad + 1))
-  good=$((good + held))
-  bad=$((bad + cases - held))
+  ((cases_bad)) || ((ended_well && cases)) || cases_bad=1
+  good=$((good + cases_held))
+  bad=$((bad + cases_bad))
+}
+
+# count_in LAYER GOOD BAD
+count_in() {
+  good_in[$1]=$((${good_in[$1]:-0} + $2))
+  bad_in[$1]=$((${bad_in[$1]:-0} + $3))
+}
+
+# summary: what was run, by test program and by build.
+summary() {
+  local layer
+  printf '\n%-24s %8s %8s\n' "by layer, then by build" passed failed
+  for layer in $(printf '%s\n' "${!good_in[@]}" | grep _ | sort) \
+    $(printf '%s\n' "${!good_in[@]}" | grep -v _ | sort); do
+    printf '  %-22s %8d %8d\n' "$layer" "${good_in[$layer]}" "${bad_in[$layer]}"
+  done
+  # How much stands behind the few cases of these.
+  grep -h '^sweep: [0-9]' build/asan/Testing/Temporary/LastTest.log |
+    sed 's/:[^:]*$//' | sort -u
+  echo "fuzz: $(fuzz_runs) runs"
+  # Each with its reason, in the line behind.
+  grep -hA1 ': Skipped$' build/*/Testing/Temporary/LastTest.log || true
+}
+
+fuzz_runs() {
+  sed -nE 's/^Done ([0-9]+) runs.*/\1/p' \
+    build/fuzz/Testing/Temporary/LastTest.log | awk '{ n += $1 } END { print n + 0 }'
 }
