@@ -9,8 +9,8 @@
 #include <string>
 #include <vector>
 
-#include "support/chance.h"
 #include "support/bytes.h"
+#include "support/chance.h"
 #include "support/faults.h"
 
 namespace corvane_test {
