@@ -2,16 +2,23 @@
 
 #include <sys/stat.h>
 
+#include <string>
+
 #include "exit_status.h"
 #include "run_take.h"
 
 namespace corvane {
 namespace {
 
-// A folder at the capture path would be moved aside like audio.
-bool is_folder(const std::string& path) {
+// Why there can be no capture at `path`; empty if there can. A folder would be
+// moved aside like audio, and a pipe nobody reads holds up even the last write.
+std::string objection_to(const std::string& path) {
   struct stat file = {};
-  return stat(path.c_str(), &file) == 0 && S_ISDIR(file.st_mode);
+  if (stat(path.c_str(), &file) != 0) return "";
+  if (S_ISDIR(file.st_mode)) return " is a folder; name a file in it";
+  if (S_ISFIFO(file.st_mode))
+    return " is a pipe, which keeps nothing; name a file";
+  return "";
 }
 
 }  // namespace
@@ -21,8 +28,9 @@ int run_record(const TakeArguments& arguments, Console* console,
   int status = kExitDone;
   const auto source = open_source(arguments, console, &status);
   if (source == nullptr) return status;
-  if (is_folder(arguments.output)) {
-    console->Complain(arguments.output + " is a folder; name a file in it");
+  const std::string objection = objection_to(arguments.output);
+  if (!objection.empty()) {
+    console->Complain(arguments.output + objection);
     return kExitFailed;
   }
   return run_take(take_options_of(arguments), source.get(), console, log);

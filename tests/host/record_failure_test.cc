@@ -1,6 +1,7 @@
 // `corvane record` where something is wrong: one sentence with the file's name
 // and the way out, status 1, and what was recorded kept.
 #include <sndfile.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <nlohmann/json.hpp>
@@ -111,6 +112,15 @@ TEST_F(RecordFailureTest, AFolderIsNotMovedAsideForATake) {
   ShouldFail(Corvane({"record", Path("."), "-i", wav}),
              Path(".") + " is a folder; name a file in it");
   EXPECT_TRUE(Exists(Path("notes")));
+}
+
+// Opened for reading and writing, as captures are, it would take 64 KiB and
+// then hold the worker for as long as nobody reads.
+TEST_F(RecordFailureTest, APipeIsRefused) {
+  const std::string wav = MakeWav("in.wav", Sine(1000));
+  ASSERT_EQ(mkfifo(take_.c_str(), 0600), 0);
+  ShouldFail(Corvane({"record", take_, "-i", wav}),
+             take_ + " is a pipe, which keeps nothing; name a file");
 }
 
 // The kernel's own refusal, in the middle of a frame: the limit on a file's
