@@ -10,6 +10,18 @@
 namespace corvane {
 namespace {
 
+constexpr char kExamples[] =
+    R"(Examples:
+
+  corvane record -i speech.wav take.aac
+  arecord -t raw -f S16_LE -r 48000 -c 1 | corvane record -r 48000 -c 1 take.aac
+  corvane resume -i rest.wav take.aac
+  corvane finalize take.aac
+  corvane repair-wav take.wav
+
+corvane COMMAND --help tells more, the manual page corvane(1) all.
+)";
+
 constexpr char kRecordNotes[] =
     R"(Files are what libsndfile reads (WAV, FLAC, Ogg, MP3...); rate and channels
 come from the file. Raw audio is interleaved s16le and needs -r and -c:
@@ -36,6 +48,8 @@ standard error. Exit status: 0 done, 1 failed, 2 wrong usage.
 constexpr char kFinalizeNotes[] =
     R"(Cuts off a frame that was torn, makes the file durable, and verifies that it
 holds audio; nothing else in it is changed. A capture plays without this too.
+
+  corvane finalize take.aac
 
 The figures come as JSON on standard output, all else on standard error. Exit
 status: 0 done, 1 failed, 2 wrong usage.
@@ -156,6 +170,7 @@ CLI::App* add_repair_wav(CLI::App* app, RepairWavArguments* arguments) {
 std::optional<CommandLine> parse_command_line(int argc, char** argv,
                                               int* status) {
   CLI::App app("Records audio crash-safely to ADTS files", "corvane");
+  app.footer(kExamples);
   app.set_version_flag("--version", "corvane " CORVANE_VERSION);
   app.require_subcommand(1);
   app.failure_message([](const CLI::App*, const CLI::Error& error) {

@@ -5,7 +5,9 @@ sample=/usr/share/sounds/alsa/Front_Center.wav
 
 scripts_are_sound() {
   shellcheck -x scripts/run scripts/test scripts/bench scripts/crash-demo \
-    scripts/crash-test scripts/fuzz scripts/soak \
+    scripts/crash-test scripts/fuzz scripts/soak scripts/check-debian13 \
+    scripts/check-package packaging/corvane.bash \
+    tests/application/tool_backend.sh \
     scripts/lib/*.sh \
     .ci/run
 }
@@ -70,14 +72,4 @@ builds_against_sdk_folder() {
   [[ ! -e $folder/embedding ]]
   ldd "$folder/corvane" | grep -F "$sdk/libflutter_linux_gtk.so"
   "$folder/corvane" record -i "$sample" "$folder/take.aac"
-}
-
-# Profile is the build type that no one but an application's build knows.
-builds_inside_application() {
-  cmake --fresh -S tests/embedded_build -B build/embedded_build -G Ninja \
-    -DCMAKE_C_COMPILER=clang -DCMAKE_CXX_COMPILER=clang++ \
-    -DCMAKE_BUILD_TYPE=Profile \
-    "-DFLUTTER_LIBRARY=$PWD/build/release/embedding/libflutter_linux_gtk.so"
-  ninja -C build/embedded_build
-  build/embedded_build/application
 }

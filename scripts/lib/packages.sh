@@ -15,14 +15,14 @@ run_packages=(
 bench_packages=("${run_packages[@]}" libbenchmark-dev jq)
 
 # To test: the second compiler with its sanitizers and checkers, GoogleTest,
-# GTK, which the build against a Flutter SDK's own library asks for, and what
-# makes small file systems.
+# GTK, which builds against a Flutter SDK's own library and those of
+# applications ask for, what makes small file systems, and what reads manuals.
 # shellcheck disable=SC2034 # for those who source this
 test_packages=(
   "${bench_packages[@]}"
   clang clang-format clang-tidy libclang-rt-dev
   libgtest-dev libgmock-dev libgtk-3-dev
-  e2fsprogs mount
+  e2fsprogs mount groff-base
   shellcheck
 )
 

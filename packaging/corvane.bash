@@ -1,0 +1,31 @@
+# bash completion for corvane                              -*- shell-script -*-
+
+_corvane() {
+  local word=${COMP_WORDS[COMP_CWORD]} before=${COMP_WORDS[COMP_CWORD - 1]}
+  local words=
+  COMPREPLY=()
+  if ((COMP_CWORD == 1)); then
+    words="record resume finalize repair-wav --help --version"
+  elif [[ $word == -* ]]; then
+    case ${COMP_WORDS[1]} in
+      record | resume) words="-i -r -c -b --realtime --chunk-ms --help" ;;
+      finalize) words="--help" ;;
+      repair-wav) words="-r -c --force --help" ;;
+    esac
+  else
+    case $before in
+      -r) words="8000 16000 22050 24000 32000 44100 48000 96000" ;;
+      -c) words="1 2 3 4 5 6" ;;
+      -b) words="32000 64000 96000 128000 192000" ;;
+      --chunk-ms) words="10 20 50 100" ;;
+      *)
+        compopt -o filenames 2>/dev/null
+        mapfile -t COMPREPLY < <(compgen -f -- "$word")
+        return
+        ;;
+    esac
+  fi
+  mapfile -t COMPREPLY < <(compgen -W "$words" -- "$word")
+}
+
+complete -F _corvane corvane
