@@ -72,6 +72,11 @@ TEST(Scan, SkipsTenForeignBytesBetweenTwoFrames) {
       << "a third frame follows the second";
 }
 
+TEST(Scan, CountsForeignBytesByTheHundredThousand) {
+  EXPECT_EQ(ScanBytes(FrameOfLength(100) + Foreign(100000) + TwoFrames()),
+            (Scan{100260, 100260, 3072, 44100, 100000}));
+}
+
 TEST(Scan, SkipsForeignBytesBeforeTheFirstFrame) {
   EXPECT_EQ(ScanBytes(Foreign(33) + TwoFrames()),
             (Scan{193, 193, 2048, 44100, 33}));

@@ -1,5 +1,6 @@
 // How a capture is closed, and what becomes of failures on the way.
 #include <errno.h>
+#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <unistd.h>
 
@@ -8,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "support/adts_frames.h"
 #include "support/channel_fixture.h"
 #include "support/pcm.h"
 
@@ -40,6 +42,22 @@ TEST_F(CloseTest, ACaptureHasOneDescriptor) {
   EXPECT_EQ(OpenDescriptors().size(), before.size() + 1);
   Stop();
   EXPECT_EQ(OpenDescriptors(), before);
+}
+
+// An application that is started with its standard input closed gives the first
+// file that it opens the lowest number there is.
+TEST_F(CloseTest, DescriptorZeroIsOneLikeAnyOther) {
+  const std::string path = Path("take.aac");
+  const int standard_input = fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, 3);
+  ASSERT_GE(standard_input, 0);
+  ASSERT_EQ(close(STDIN_FILENO), 0);
+  Start(path);
+  EXPECT_EQ(std::filesystem::read_symlink("/proc/self/fd/0"), path);
+  EXPECT_EQ(Append(Noise(1024)), NullReply());
+  EXPECT_THAT(Stop(), Sealed(path, FramesToMs(2, 48000)));
+  EXPECT_FALSE(Exists("/proc/self/fd/0"));
+  ASSERT_EQ(dup2(standard_input, STDIN_FILENO), STDIN_FILENO);
+  ASSERT_EQ(close(standard_input), 0);
 }
 
 TEST_F(CloseTest, ALostDescriptorIsReportedByEveryStep) {

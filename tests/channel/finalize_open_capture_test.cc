@@ -50,6 +50,17 @@ TEST_F(FinalizeOpenCaptureTest, WithoutAnOpenCaptureNothingWasDropped) {
   EXPECT_THAT(FinalizePath(path_), Sealed(path_, FramesToMs(4, 48000), 0));
 }
 
+// A session that is closed has an empty path, which means the working directory
+// to whoever makes it absolute.
+TEST_F(FinalizeOpenCaptureTest, AClosedCaptureIsNotFoundByTheWorkingDirectory) {
+  Recording(path_);
+  EXPECT_EQ(Stop().dropped_append_bytes, 77);
+  TakeTranscript();
+  const WorkingDir here(Path(""));
+  FinalizePath(".");
+  EXPECT_EQ(LogLines().front(), SealStartLine(".", 0, kFinalizeLabel));
+}
+
 TEST_F(FinalizeOpenCaptureTest, TheDroppedCountIsLoggedEvenWhenSealingFails) {
   Recording(path_);
   Pause();

@@ -1,9 +1,12 @@
 // The two roads of a log line: always the GLib log, and the event channel
 // while somebody listens.
+#include <corvane/corvane_plugin.h>
 #include <gmock/gmock.h>
 
 #include <string>
 
+#include "host/messenger.h"
+#include "host/registrar.h"
 #include "support/channel_fixture.h"
 
 namespace corvane_test {
@@ -24,6 +27,32 @@ TEST_F(LogRelayTest, ALineBeforeAnyListenerIsOnlyInTheGlibLog) {
   Flush();
   EXPECT_THAT(LogLines(), ElementsAre());
   EXPECT_THAT(glib().Take(), ElementsAre(PluginWarning(kStopFailed)));
+}
+
+// An engine drops what nobody listens to, so this looks where it would arrive.
+TEST_F(LogRelayTest, NothingIsSentBeforeTheFirstListener) {
+  FlBinaryMessenger* messenger = corvane::messenger_new();
+  int sent = 0;
+  corvane::messenger_set_outgoing(messenger,
+                                  [&](const char*, GBytes*) { ++sent; });
+  g_autoptr(FlPluginRegistrar) registrar = corvane::registrar_new(messenger);
+  corvane_plugin_register_with_registrar(registrar);
+  const auto call = [&](const char* channel, const Bytes& name_and_null) {
+    g_autoptr(GBytes) message =
+        g_bytes_new(name_and_null.data(), name_and_null.size());
+    bool answered = false;
+    corvane::messenger_deliver(messenger, channel, message,
+                               [&](GBytes*) { answered = true; });
+    engine().IterateUntil([&] { return answered; });
+  };
+  const Bytes stop = {7, 4, 's', 't', 'o', 'p', 0};
+  call("com.velka.corvane", stop);
+  EXPECT_EQ(sent, 0);
+  call("com.velka.corvane/log", {7, 6, 'l', 'i', 's', 't', 'e', 'n', 0});
+  call("com.velka.corvane", stop);
+  EXPECT_EQ(sent, 1);
+  corvane::messenger_shutdown(messenger);
+  g_object_unref(messenger);
 }
 
 TEST_F(LogRelayTest, ListeningIsAskedWhenALineIsDelivered) {

@@ -1,5 +1,6 @@
 // A thousand takes later nothing is left behind: no descriptor, no object, no
 // memory.
+#include <corvane/corvane_plugin.h>
 #include <gmock/gmock.h>
 #include <malloc.h>
 
@@ -98,6 +99,19 @@ TEST_F(OwnershipTest, AHundredPluginsLeaveNothingBehind) {
   const size_t heap = HeapInUse();
   for (int life = 0; life < 50; ++life) one_life();
   EXPECT_EQ(OpenDescriptors(), descriptors);
+  EXPECT_LT(HeapInUse(), heap + kNoise);
+}
+
+// So many that a few hundred bytes kept by each would show.
+TEST_F(OwnershipTest, ThousandsOfIdlePluginsLeaveNothingBehind) {
+  const auto live = [](int lives) {
+    for (int life = 0; life < lives; ++life) {
+      g_object_unref(g_object_new(corvane_plugin_get_type(), nullptr));
+    }
+  };
+  live(100);
+  const size_t heap = HeapInUse();
+  live(4000);
   EXPECT_LT(HeapInUse(), heap + kNoise);
 }
 

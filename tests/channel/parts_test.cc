@@ -106,6 +106,14 @@ TEST(FormatTest, WavWritesNothingWhenItFails) {
   }
 }
 
+TEST(FormatTest, AnAbsentBitRateMeansTheDefaultWhateverWasThere) {
+  PluginFormat format = {1, 2, 3};
+  NativeError error;
+  const Value args = CaptureArgs("a.aac", 48000, 1);
+  ASSERT_TRUE(lookup_adts_format(args.get(), "start", &format, &error));
+  EXPECT_EQ(format.bit_rate, 64000);
+}
+
 TEST(FormatTest, AdtsRefusesWhatIsNoMap) {
   for (const Value& args : {Value(), Value("text"), Value(7)}) {
     SCOPED_TRACE(args.Text());
@@ -191,6 +199,14 @@ TEST_F(StateTest, FinishBeforeOpenAndAfterOpenWithoutSamplesIsTrue) {
   EXPECT_EQ(FileSize(dir_.Path("a.aac")), 0);
   EXPECT_EQ(encoder.frames_written, 0u);
   close(fd);
+}
+
+TEST_F(StateTest, AnEncoderThatCannotOpenStaysClosed) {
+  AdtsAacEncoder encoder(-1, "a.aac", 12345, 1, 64000,
+                         [](const char*, const std::string&) {});
+  NativeError error;
+  EXPECT_EQ(encoder.Open(&error), 1);
+  EXPECT_FALSE(encoder.codec || encoder.frame || encoder.packet);
 }
 
 TEST_F(StateTest, TrimmingThroughAReadOnlyDescriptorFailsAfterItsWarning) {

@@ -105,6 +105,10 @@ TEST_F(SurprisesTest, ASingleFrameBetweenForeignBytesCountsAsForeign) {
       10 + kOrdinary + 10);
 }
 
+TEST_F(SurprisesTest, ASingleForeignByteIsWorthAWarning) {
+  ExpectSealedUntouched(Join({Frames(2), Bytes(1, 0xAA), Frames(2)}), 4, 1);
+}
+
 TEST_F(SurprisesTest, ATornFrameBehindForeignBytesIsNotCutOff) {
   const Bytes damaged = Join({Frames(2), foreign_, Torn(kOrdinary, 100)});
   ExpectSealedUntouched(damaged, 2, 0);

@@ -23,6 +23,17 @@ GBytes* RefuseSuccess(FlMethodCodec*, FlValue*, GError** error) {
   return nullptr;
 }
 
+// The interface allows to refuse without a reason.
+gboolean RefuseResponseSilently(FlBinaryMessenger*,
+                                FlBinaryMessengerResponseHandle*, GBytes*,
+                                GError**) {
+  return FALSE;
+}
+
+GBytes* RefuseSuccessSilently(FlMethodCodec*, FlValue*, GError**) {
+  return nullptr;
+}
+
 // The host's own messenger remarks on a handle that is dropped unanswered.
 const GlibLine kDropped{std::nullopt, G_LOG_LEVEL_CRITICAL,
                         "a platform message was dropped without an answer"};
@@ -58,6 +69,19 @@ TEST_F(UndeliverableTest, AnErrorReplyThatCannotBeSentIsLoggedTheSameWay) {
                   kDropped));
 }
 
+TEST_F(UndeliverableTest, AReplyRefusedWithoutAReasonIsLoggedAllTheSame) {
+  {
+    const ScopedOverride refuse(
+        &FL_BINARY_MESSENGER_GET_IFACE(engine().messenger())->send_response,
+        RefuseResponseSilently);
+    Post("flush");
+    engine().IterateUntil([this] { return !glib().Lines().empty(); });
+  }
+  EXPECT_THAT(
+      glib().Take(),
+      ElementsAre(PluginWarning("failed to respond: unknown error"), kDropped));
+}
+
 TEST_F(UndeliverableTest, AnUnknownMethodIgnoresThatItCannotRespond) {
   const ScopedOverride refuse(
       &FL_BINARY_MESSENGER_GET_IFACE(engine().messenger())->send_response,
@@ -91,6 +115,20 @@ TEST_F(UndeliverableTest, ALogLineThatCannotBeSentIsLoggedAndForgotten) {
   EXPECT_EQ(Stop(), no_recording);
   EXPECT_THAT(LogLines(), ElementsAre(Failed("stop", no_recording)))
       << "a failed send does not end the subscription";
+  g_type_class_unref(codec_class);
+}
+
+TEST_F(UndeliverableTest, ALogLineRefusedWithoutAReasonIsLoggedAllTheSame) {
+  auto* codec_class = FL_METHOD_CODEC_CLASS(
+      g_type_class_ref(fl_standard_method_codec_get_type()));
+  {
+    const ScopedOverride refuse(&codec_class->encode_success_envelope,
+                                RefuseSuccessSilently);
+    EXPECT_EQ(Stop(),
+              PlainError("NOT_RECORDING", "stop with no open recording"));
+  }
+  EXPECT_EQ(glib().Take().back(),
+            PluginWarning("failed to relay log: unknown error"));
   g_type_class_unref(codec_class);
 }
 

@@ -53,6 +53,17 @@ TEST_F(FinalizeFaultsTest, CallsWithoutAnOpenCaptureAreThoseOfTheSeal) {
   EXPECT_EQ(log.Of("open")[0].flags, O_RDWR | O_CLOEXEC);
 }
 
+// Between the scan's look at the size and the cut's another program has written
+// to the file, as far as the second look can tell.
+TEST_F(FinalizeFaultsTest, ForeignBytesStayInAFileThatGrowsDuringItsSeal) {
+  const Bytes foreign = Concat(whole_, Bytes(20, 0x55));
+  WriteFile(path_, foreign);
+  Fault growth(On("fstat").Nth(2).After(
+      [](PluginCall& call) { call.status->st_size += 7; }));
+  EXPECT_EQ(FinalizePath(path_).kind, Reply::Kind::kFigures);
+  EXPECT_EQ(ReadFile(path_), foreign);
+}
+
 TEST_F(FinalizeFaultsTest, CaptureThatIsNotThereIsMissing) {
   Fault fault(On("open").Fail(ENOENT));
   ExpectFinalizeFails(NotAvailable("CAPTURE_MISSING", ENOENT));
