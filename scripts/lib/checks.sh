@@ -6,7 +6,7 @@ sample=/usr/share/sounds/alsa/Front_Center.wav
 scripts_are_sound() {
   shellcheck -x scripts/run scripts/test scripts/bench scripts/crash-demo \
     scripts/crash-test scripts/fuzz scripts/soak scripts/coverage \
-    scripts/mutants scripts/check-debian13 scripts/check-package \
+    scripts/counts scripts/mutants scripts/check-debian13 scripts/check-package \
     packaging/corvane.bash \
     tests/application/tool_backend.sh \
     scripts/lib/*.sh \

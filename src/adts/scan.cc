@@ -6,48 +6,16 @@
 #include <array>
 #include <cerrno>
 #include <cstddef>
+#include <limits>
 #include <vector>
 
-#include "adts/stream_config.h"
+#include "adts/header.h"
 
 namespace adts {
 namespace {
 
 constexpr size_t kWindowSize = 65536;
-constexpr int64_t kHeaderBytes = 7;
-constexpr int32_t kHeaderBytesWithCrc = 9;
-constexpr int32_t kSamplesPerBlock = 1024;
-
-struct Header {
-  int32_t frame_length;  // bytes, header included
-  int32_t samples;       // per channel
-  int32_t sample_rate;   // Hz
-};
-
-bool IsSyncword(uint8_t first, uint8_t second) {
-  // Layer must be 0; ID and protection_absent are free.
-  return first == 0xFF && (second & 0xF6) == 0xF0;
-}
-
-bool ParseHeader(const uint8_t* bytes, Header* header) {
-  if (!IsSyncword(bytes[0], bytes[1])) {
-    return false;
-  }
-  const size_t frequency_index = bytes[2] >> 2 & 0x0F;
-  if (frequency_index >= kSamplingFrequencies.size()) {
-    return false;
-  }
-  const bool has_crc = (bytes[1] & 0x01) == 0;
-  const int32_t length =
-      (bytes[3] & 0x03) << 11 | bytes[4] << 3 | bytes[5] >> 5;
-  if (length <= (has_crc ? kHeaderBytesWithCrc : int32_t{kHeaderBytes})) {
-    return false;
-  }
-  header->frame_length = length;
-  header->samples = ((bytes[6] & 0x03) + 1) * kSamplesPerBlock;
-  header->sample_rate = kSamplingFrequencies[frequency_index];
-  return true;
-}
+constexpr int64_t kHeaderBytes = kParsedBytes;
 
 // The reason of the call that just failed. One that gives none has failed all
 // the same: 0 would pass for success, and a file for empty.
@@ -61,7 +29,19 @@ struct Window {
   int ByteAt(int64_t offset);
 
   // True, with `header` filled, when a valid header stands at `offset`.
-  bool HeaderAt(int64_t offset, Header* header);
+  bool HeaderAt(int64_t offset, Header* header) {
+    return Holds(offset, kHeaderBytes) ? ParseHeader(At(offset), header)
+                                       : SplitHeaderAt(offset, header);
+  }
+  bool SplitHeaderAt(int64_t offset, Header* header);
+
+  // The first offset from `offset` on, a buffered one, where a confirmed frame
+  // may begin as far as the window shows; its end when there is none.
+  int64_t FindFrame(int64_t offset) const {
+    const auto from = static_cast<size_t>(offset - start);
+    return start +
+           static_cast<int64_t>(adts::FindFrame(buffer.data(), from, valid));
+  }
 
   bool Holds(int64_t offset, int64_t size) const {
     return offset >= start &&
@@ -77,6 +57,8 @@ struct Window {
   int64_t start = 0;   // file offset of the first buffered byte
   size_t valid = 0;    // buffered bytes
   int read_error = 0;  // the first errno of a failed read
+  // Where a read has met the end of the file; it is not looked for again.
+  int64_t file_end = std::numeric_limits<int64_t>::max();
 };
 
 void Window::Fill() {
@@ -87,6 +69,7 @@ void Window::Fill() {
     if (count > 0) {
       valid += static_cast<size_t>(count);
     } else if (count == 0) {
+      file_end = start + static_cast<int64_t>(valid);
       return;
     } else if (errno != EINTR) {
       read_error = read_error == 0 ? FailureReason() : read_error;
@@ -96,6 +79,9 @@ void Window::Fill() {
 }
 
 int Window::ByteAt(int64_t offset) {
+  if (offset >= file_end) {
+    return -1;
+  }
   if (!Holds(offset, 1)) {
     start = offset;
     valid = 0;
@@ -104,10 +90,8 @@ int Window::ByteAt(int64_t offset) {
   return valid == 0 ? -1 : *At(offset);
 }
 
-bool Window::HeaderAt(int64_t offset, Header* header) {
-  if (Holds(offset, kHeaderBytes)) {
-    return ParseHeader(At(offset), header);
-  }
+// Byte by byte, for the window moves to the first one that it does not hold.
+bool Window::SplitHeaderAt(int64_t offset, Header* header) {
   std::array<uint8_t, kHeaderBytes> bytes;
   for (size_t i = 0; i < bytes.size(); ++i) {
     const int byte = ByteAt(offset + static_cast<int64_t>(i));
@@ -130,6 +114,7 @@ class Scanner {
   int Run(Scan* scan);
 
  private:
+  void AcceptBufferedFrames();
   bool Step();
   bool Accept(const Header& header);
   bool IsCutHeader();
@@ -143,13 +128,39 @@ class Scanner {
 };
 
 int Scanner::Run(Scan* scan) {
-  while (position < size && Step()) {
-  }
+  do {
+    AcceptBufferedFrames();
+  } while (position < size && Step());
   if (window.read_error != 0) {
     return window.read_error;
   }
   *scan = totals;
   return 0;
+}
+
+// Moves past the frames whose headers the window holds. What decides the time
+// is from one length to the next header; all else stays in registers meanwhile.
+void Scanner::AcceptBufferedFrames() {
+  if (!window.Holds(position, kHeaderBytes)) {
+    return;
+  }
+  const uint8_t* const bytes = window.buffer.data();
+  const int64_t last_header = static_cast<int64_t>(window.valid) - kHeaderBytes;
+  const int64_t end = size - window.start;
+  int64_t at = position - window.start;
+  int64_t samples = 0;
+  Header header = {};
+  while (at <= last_header && ParseHeader(bytes + at, &header) &&
+         at + header.frame_length <= end) {
+    at += header.frame_length;
+    samples += header.samples;
+    totals.sample_rate = header.sample_rate;
+  }
+  if (samples > 0) {
+    position = window.start + at;
+    totals.valid_end = position;
+    totals.samples += samples;
+  }
 }
 
 // Moves past one frame or one run of foreign bytes; false ends the scan.
@@ -192,19 +203,28 @@ bool Scanner::IsCutHeader() {
 }
 
 // Moves to the next frame behind foreign bytes; false when there is none.
+//
+// Linear in the bytes searched, whatever they are: each is tested once, and
+// read again only where a look-ahead has moved the window away. That takes a
+// candidate among the window's last 8197 bytes and three reads at most: for the
+// rest of its own header, for the next header, and back. The window then begins
+// behind the candidate, so that the next such one is 57 KiB further on, or the
+// window holds all that is left of the file.
 bool Scanner::Resynchronise() {
-  for (int64_t candidate = position + 1; candidate + kHeaderBytes <= size;
-       ++candidate) {
+  for (int64_t candidate = position + 1; candidate + kHeaderBytes <= size;) {
+    if (window.ByteAt(candidate) < 0 || window.read_error != 0) {
+      return false;  // unreadable, or cut shorter meanwhile
+    }
+    candidate = window.FindFrame(candidate);
+    if (!window.Holds(candidate, 1)) {
+      continue;  // none in the whole window
+    }
     if (IsConfirmed(candidate)) {
       totals.skipped_bytes += candidate - position;
       position = candidate;
       return true;
     }
-    if (window.read_error != 0 || window.ByteAt(candidate) < 0) {
-      // Unreadable, or cut shorter meanwhile: one read a missing byte, to the
-      // end of what was once the file, would find nothing.
-      return false;
-    }
+    ++candidate;
   }
   return false;
 }
