@@ -22,7 +22,7 @@ test_packages=(
   "${bench_packages[@]}"
   clang clang-format clang-tidy libclang-rt-dev
   libgtest-dev libgmock-dev libgtk-3-dev
-  e2fsprogs mount groff-base python3 strace valgrind
+  e2fsprogs git mount groff-base python3 strace valgrind
   shellcheck
 )
 
