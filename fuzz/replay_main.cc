@@ -1,5 +1,5 @@
 // Runs a fuzz target over files, and over all files of folders: what it once
-// found is held in every build, also without libFuzzer.
+// found is held in builds without libFuzzer too.
 #include <algorithm>
 #include <filesystem>
 #include <iostream>

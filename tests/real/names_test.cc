@@ -37,6 +37,17 @@ class RealNamesTest : public RealTest {
     return folder;
   }
 
+  // Audio at `path` stays there when no slot's name, or path, is short enough.
+  void StartIsRefusedForTheSlotsName(const std::string& path) {
+    Start(path);
+    ExpectFailed(
+        "start",
+        FileError("WRITE_FAILED",
+                  "existing audio at target could not be preserved", path),
+        {Error("could not preserve orphan audio " + path +
+               ": File name too long")});
+  }
+
   // Every method takes `path`; audio that is there goes to `orphan`.
   void ExpectTaken(const std::string& path, const std::string& orphan) {
     const std::vector<Bytes> chunks = ChunksFor(3);
@@ -109,13 +120,7 @@ TEST_F(RealNamesTest, OlderAudioUnderALongerNameIsNotMovedAndStays) {
   for (const size_t length : {249, NAME_MAX}) {
     const std::string path = Path(NameOf(length));
     const Bytes old = RecordedAt(path, 3);
-    Start(path);
-    ExpectFailed(
-        "start",
-        FileError("WRITE_FAILED",
-                  "existing audio at target could not be preserved", path),
-        {Error("could not preserve orphan audio " + path +
-               ": File name too long")});
+    StartIsRefusedForTheSlotsName(path);
     EXPECT_EQ(Stop(), NothingToStop());
     ExpectRecovered(path, old);
   }
@@ -137,13 +142,7 @@ TEST_F(RealNamesTest, OlderAudioAtTheLongestPathIsNotMovedAndStays) {
   const std::string path = DeepFolder(8) + "/take.aac";
   ASSERT_EQ(path.size(), kLongestPath);
   const Bytes old = RecordedAt(path, 3);
-  Start(path);
-  ExpectFailed(
-      "start",
-      FileError("WRITE_FAILED",
-                "existing audio at target could not be preserved", path),
-      {Error("could not preserve orphan audio " + path +
-             ": File name too long")});
+  StartIsRefusedForTheSlotsName(path);
   ExpectRecovered(path, old);
 }
 
