@@ -2,10 +2,10 @@
 
 A list is text. Lines with a '#' are comments, and an entry looks like this:
 
-    file: src/adts/scan.cc
+    file: src/adts/window.cc
     tests: adts_test
 
-    scan-interrupted-read: a read that a signal interrupts is tried again
+    fill-interrupted: a read that a signal interrupts is tried again
     -    } else if (errno != EINTR) {
     +    } else {
 
