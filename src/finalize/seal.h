@@ -79,7 +79,7 @@ Reply seal_file(PluginState* state, const std::string& path, uint64_t dropped,
 
 // Seals the capture at `path`, which no session may have open. `dropped` (PCM
 // bytes) is passed through to the log and the reply; `label` names the method
-// in the log. A capture that fails verification stays as it is.
+// in the log. A capture that fails verification stays, less its torn tail.
 Reply seal(PluginState* state, const std::string& path, uint64_t dropped,
            const std::string& label) {
   const std::string dropped_text =

@@ -111,6 +111,21 @@ TEST_F(ReadFailure, BehindBytesThatWereReadIsReturnedThoughTheyScanWell) {
   EXPECT_EQ(scan_, kUntouched);
 }
 
+// A disk that fails may take seconds over each further read.
+TEST_F(ReadFailure, EndsASearchAmongForeignBytes) {
+  const MemoryFile foreign(Bytes(200000, 0x55));
+  RecordedReads recorder([](int fd, void* buffer, size_t count, off_t offset) {
+    const bool second_window = offset >= 65536;
+    return second_window && count < 65536
+               ? ssize_t{Fail(EIO)}
+               : RecordedReads::Real(fd, buffer,
+                                     second_window ? 12000 : count, offset);
+  });
+  EXPECT_EQ(adts::ScanFile(foreign.fd(), &scan_), EIO);
+  EXPECT_EQ(recorder.reads().size(), 3U)
+      << "a whole window, a piece of one, the failure";
+}
+
 TEST_F(ReadFailure, WithEintrIsRetriedForEver) {
   size_t call = 0;
   EXPECT_EQ(ScanWith([&](int fd, void* buffer, size_t count, off_t offset) {

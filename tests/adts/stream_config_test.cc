@@ -101,6 +101,13 @@ TEST(AudioSpecificConfig, BytesBeyondTheSecondAreIgnored) {
   }
 }
 
+TEST(AudioSpecificConfig, OfOneByteIsRefusedWhateverLiesBehindIt) {
+  const uint8_t data[] = {0x12, 0x10};
+  StreamConfig config = kUntouched;
+  EXPECT_FALSE(adts::StreamConfigFromAudioSpecificConfig(data, 1, &config));
+  EXPECT_EQ(Fields(config), Fields(kUntouched));
+}
+
 struct Refused {
   const char* why;
   std::vector<uint8_t> data;
