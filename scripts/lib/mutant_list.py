@@ -2,7 +2,7 @@
 
 A list is text. Lines with a '#' are comments, and an entry looks like this:
 
-    file: src/adts/window.cc
+    file: src/adts/window.h
     tests: adts_test
 
     fill-interrupted: a read that a signal interrupts is tried again

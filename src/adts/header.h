@@ -12,6 +12,7 @@
 #include "adts/stream_config.h"
 
 namespace adts {
+namespace {
 
 // How many bytes say all about a frame, with or without a CRC behind them.
 constexpr size_t kParsedBytes = 7;
@@ -133,6 +134,7 @@ inline size_t FindFrame(const uint8_t* bytes, size_t from, size_t size) {
   return index;
 }
 
+}  // namespace
 }  // namespace adts
 
 #endif  // CORVANE_ADTS_HEADER_H_

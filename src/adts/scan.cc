@@ -120,7 +120,7 @@ bool Scanner::Resynchronise() {
     if (window.ByteAt(candidate) < 0 || window.read_error != 0) {
       return false;  // unreadable, or cut shorter meanwhile
     }
-    candidate = window.FindFrame(candidate);
+    candidate = window.FindFrame(candidate, size);
     if (!window.Holds(candidate, 1)) {
       continue;  // none in the whole window
     }

@@ -3,6 +3,10 @@
 #ifndef CORVANE_ADTS_WINDOW_H_
 #define CORVANE_ADTS_WINDOW_H_
 
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
 #include <cerrno>
 #include <cstddef>
 #include <cstdint>
@@ -12,6 +16,7 @@
 #include "adts/header.h"
 
 namespace adts {
+namespace {
 
 constexpr size_t kWindowSize = 65536;
 constexpr int64_t kHeaderBytes = kParsedBytes;
@@ -36,11 +41,14 @@ struct Window {
   bool SplitHeaderAt(int64_t offset, Header* header);
 
   // The first offset from `offset` on, a buffered one, where a confirmed frame
-  // may begin as far as the window shows; its end when there is none.
-  int64_t FindFrame(int64_t offset) const {
+  // may begin as far as the window shows of a file of `size` bytes; the end of
+  // what it shows when there is none. What a file has grown by is not looked
+  // at.
+  int64_t FindFrame(int64_t offset, int64_t size) const {
     const auto from = static_cast<size_t>(offset - start);
+    const size_t end = std::min(valid, static_cast<size_t>(size - start));
     return start +
-           static_cast<int64_t>(adts::FindFrame(buffer.data(), from, valid));
+           static_cast<int64_t>(adts::FindFrame(buffer.data(), from, end));
   }
 
   bool Holds(int64_t offset, int64_t size) const {
@@ -61,6 +69,49 @@ struct Window {
   int64_t file_end = std::numeric_limits<int64_t>::max();
 };
 
+inline void Window::Fill() {
+  while (valid < buffer.size()) {
+    const ssize_t count =
+        pread(fd, buffer.data() + valid, buffer.size() - valid,
+              static_cast<off_t>(start + static_cast<int64_t>(valid)));
+    if (count > 0) {
+      valid += static_cast<size_t>(count);
+    } else if (count == 0) {
+      file_end = start + static_cast<int64_t>(valid);
+      return;
+    } else if (errno != EINTR) {
+      read_error = read_error == 0 ? FailureReason() : read_error;
+      return;
+    }
+  }
+}
+
+inline int Window::ByteAt(int64_t offset) {
+  if (offset >= file_end) {
+    return -1;
+  }
+  if (!Holds(offset, 1)) {
+    start = offset;
+    valid = 0;
+    Fill();
+  }
+  return valid == 0 ? -1 : *At(offset);
+}
+
+// Byte by byte, for the window moves to the first one that it does not hold.
+inline bool Window::SplitHeaderAt(int64_t offset, Header* header) {
+  std::array<uint8_t, kHeaderBytes> bytes;
+  for (size_t i = 0; i < bytes.size(); ++i) {
+    const int byte = ByteAt(offset + static_cast<int64_t>(i));
+    if (byte < 0) {
+      return false;
+    }
+    bytes[i] = static_cast<uint8_t>(byte);
+  }
+  return ParseHeader(bytes.data(), header);
+}
+
+}  // namespace
 }  // namespace adts
 
 #endif  // CORVANE_ADTS_WINDOW_H_

@@ -118,8 +118,8 @@ TEST_F(ReadFailure, EndsASearchAmongForeignBytes) {
     const bool second_window = offset >= 65536;
     return second_window && count < 65536
                ? ssize_t{Fail(EIO)}
-               : RecordedReads::Real(fd, buffer,
-                                     second_window ? 12000 : count, offset);
+               : RecordedReads::Real(fd, buffer, second_window ? 12000 : count,
+                                     offset);
   });
   EXPECT_EQ(adts::ScanFile(foreign.fd(), &scan_), EIO);
   EXPECT_EQ(recorder.reads().size(), 3U)
@@ -169,6 +169,20 @@ TEST_F(ReadFailure, AFileThatShrankScansAsIfItsLastBytesWereForeign) {
               }),
               0);
     EXPECT_EQ(scan_, NaiveScan(file_.data(), left, size)) << left;
+  }
+}
+
+TEST_F(ReadFailure, AFileThatGrowsIsSearchedUpToTheEndThatItHad) {
+  for (const size_t foreign : {1U, 63U, 64U, 65U, 65530U}) {
+    const Bytes before = Bytes(foreign, 0x55) + FrameOfLength(20);
+    const auto size = static_cast<int64_t>(before.size());
+    const MemoryFile grown(before + Bytes(100, 0x55));
+    const RecordedReads recorder(RecordedReads::Real, [=](struct stat* status) {
+      status->st_size = size;
+      return 0;
+    });
+    EXPECT_EQ(adts::ScanFile(grown.fd(), &scan_), 0);
+    EXPECT_EQ(scan_, NaiveScan(before)) << foreign;
   }
 }
 
