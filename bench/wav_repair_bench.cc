@@ -61,16 +61,4 @@ BENCHMARK(RepairWav)
     ->UseRealTime()
     ->Unit(benchmark::kMicrosecond);
 
-// The plugin's log lines are part of the work; a terminal is not.
-GLogWriterOutput drop(GLogLevelFlags, const GLogField*, gsize, gpointer) {
-  return G_LOG_WRITER_HANDLED;
-}
-
 }  // namespace
-
-int main(int argc, char** argv) {
-  g_log_set_writer_func(drop, nullptr, nullptr);
-  benchmark::Initialize(&argc, argv);
-  if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
-  benchmark::RunSpecifiedBenchmarks();
-}
