@@ -33,6 +33,11 @@ function object_name(text,    name) {
 /^[0-9+*-]/ { instructions[object] += $2 }
 
 END {
-  for (name in instructions) print "instructions", name, instructions[name]
-  for (name in allocations) print "allocations", name, allocations[name]
+  # Not by print, which may round what is above 2^31.
+  for (name in instructions) {
+    printf "instructions %s %.0f\n", name, instructions[name]
+  }
+  for (name in allocations) {
+    printf "allocations %s %.0f\n", name, allocations[name]
+  }
 }

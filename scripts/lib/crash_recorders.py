@@ -59,8 +59,10 @@ class Segment:
 class Recorder:
     """A process that reads PCM from a pipe whose both ends stay known here."""
 
-    def __init__(self, command, log):
+    def __init__(self, command, log, frame_bytes=FRAME_BYTES):
         self.command = command
+        self.log = log
+        self.frame_bytes = frame_bytes
         self.written = 0
         self.reading, self.writing = os.pipe()
         fcntl.fcntl(self.writing, fcntl.F_SETPIPE_SZ, PIPE_BYTES)
@@ -68,12 +70,12 @@ class Recorder:
             command, stdin=self.reading, stdout=subprocess.PIPE, stderr=log)
 
     def feed(self, pcm):
-        self.written += os.write(self.writing, pcm) // FRAME_BYTES
+        self.written += os.write(self.writing, pcm) // self.frame_bytes
 
     def kill(self):
         if self.process.poll() is not None:
             sys.exit(f"Ended before it was killed: {' '.join(self.command)}\n"
-                     f"Its messages are in {FOLDER}/messages.txt.")
+                     f"Its messages are in {self.log.name}.")
         self.process.kill()
 
     def fed_at_death(self):
@@ -83,7 +85,7 @@ class Recorder:
         fcntl.ioctl(self.reading, termios.FIONREAD, left)
         os.close(self.writing)
         os.close(self.reading)
-        unread = int.from_bytes(left, sys.byteorder) // FRAME_BYTES
+        unread = int.from_bytes(left, sys.byteorder) // self.frame_bytes
         return self.written - unread, unread
 
     def end(self):
@@ -93,7 +95,7 @@ class Recorder:
         output = self.process.communicate(timeout=30)[0]
         if self.process.returncode != 0:
             sys.exit(f"Failed: {' '.join(self.command)}\n"
-                     f"Its messages are in {FOLDER}/messages.txt.")
+                     f"Its messages are in {self.log.name}.")
         return output
 
 
