@@ -120,10 +120,14 @@ TEST_F(ArgumentsTest, FinalizeWavOnlyWantsPathRateAndChannels) {
       {"a rate of 0", good.With("sampleRate", 0)},
       {"a negative rate", good.With("sampleRate", -48000)},
       {"a rate above 31 bits", good.With("sampleRate", int64_t{2147483648})},
+      {"a rate whose lower 32 bits are one",
+       good.With("sampleRate", int64_t{4295015296})},
       {"a floating-point rate", good.With("sampleRate", 48000.0)},
       {"no channels", good.Without("channels")},
       {"0 channels", good.With("channels", 0)},
       {"channels above 31 bits", good.With("channels", int64_t{2147483648})},
+      {"channels whose lower 32 bits are some",
+       good.With("channels", int64_t{4294967297})},
       {"channels as text", good.With("channels", "1")},
   };
   for (const auto& [name, args] : cases) {

@@ -15,6 +15,7 @@ using testing::ElementsAre;
 using testing::IsSupersetOf;
 
 constexpr int64_t kIntMax = 2147483647;
+constexpr int64_t kAbove32Bits = int64_t{1} << 32;
 
 // The three methods that take a whole format, all of which refuse alike.
 const std::vector<const char*> kMethods = {"start", "resumePath",
@@ -39,18 +40,11 @@ class FormatArgumentsTest : public ChannelTest {
 };
 
 TEST_F(FormatArgumentsTest, RateAndChannelsMustBePositiveInts) {
-  const std::vector<Value> bad_numbers = {0,
-                                          -1,
-                                          int64_t{kIntMax + 1},
-                                          INT64_MIN,
-                                          INT64_MAX,
-                                          44100.0,
-                                          1.0,
-                                          "1",
-                                          Value::Null(),
-                                          Bytes{1},
-                                          Value::Bool(true),
-                                          Value::List({1})};
+  const std::vector<Value> bad_numbers = {
+      0, -1, int64_t{kIntMax + 1},
+      // Cut to 32 bits they would be good.
+      kAbove32Bits + 44100, kAbove32Bits + 1, INT64_MIN, INT64_MAX, 44100.0,
+      1.0, "1", Value::Null(), Bytes{1}, Value::Bool(true), Value::List({1})};
   for (const char* method : kMethods) {
     const Reply refusal = InvalidArgs(
         std::string(method) + " requires positive int sampleRate and channels");

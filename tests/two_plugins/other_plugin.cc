@@ -1,5 +1,7 @@
 // Adds integers up, in classes that are called what Corvane calls its own, and
-// with much of the C++ runtime: threads, streams, exceptions, containers.
+// with much of the C++ runtime: threads, streams, exceptions, containers. None
+// of it is hidden: what Corvane's library exported of the same name would be
+// taken from here.
 #include "other_plugin.h"
 
 #include <condition_variable>
@@ -14,8 +16,6 @@
 #include <thread>
 #include <utility>
 #include <vector>
-
-namespace {
 
 struct NativeError : std::runtime_error {
   using std::runtime_error::runtime_error;
@@ -92,8 +92,8 @@ class PluginState {
   std::thread worker_;
 };
 
-void method_call_cb(FlMethodChannel* /*channel*/, FlMethodCall* call,
-                    gpointer user_data) {
+static void method_call_cb(FlMethodChannel* /*channel*/, FlMethodCall* call,
+                           gpointer user_data) {
   const Reply reply =
       static_cast<PluginState*>(user_data)->Add(fl_method_call_get_args(call));
   if (reply.error.empty()) {
@@ -104,8 +104,6 @@ void method_call_cb(FlMethodChannel* /*channel*/, FlMethodCall* call,
                                  nullptr, nullptr);
   }
 }
-
-}  // namespace
 
 void other_plugin_register_with_registrar(FlPluginRegistrar* registrar) {
   g_autoptr(FlStandardMethodCodec) codec = fl_standard_method_codec_new();
