@@ -43,6 +43,15 @@ int Scanner::Run(Scan* scan) {
   return 0;
 }
 
+// Has the processor fetch what lies where, if this frame is as long as the one
+// before it, the header after the next will be: the lengths lead from one
+// header to the next, so that it can't tell by itself. Two cache lines, since
+// lengths differ.
+void FetchAhead(const uint8_t* place) {
+  __builtin_prefetch(place);
+  __builtin_prefetch(place + kCacheLine);
+}
+
 // Moves past the frames whose headers the window holds. What decides the time
 // is from one length to the next header; all else stays in registers meanwhile.
 void Scanner::AcceptBufferedFrames() {
@@ -58,6 +67,7 @@ void Scanner::AcceptBufferedFrames() {
   while (at <= last_header && ParseHeader(bytes + at, &header) &&
          at + header.frame_length <= end) {
     at += header.frame_length;
+    FetchAhead(bytes + at + header.frame_length);
     samples += header.samples;
     totals.sample_rate = header.sample_rate;
   }

@@ -20,6 +20,9 @@ namespace {
 
 constexpr size_t kWindowSize = 65536;
 constexpr int64_t kHeaderBytes = kParsedBytes;
+constexpr size_t kCacheLine = 64;  // bytes, of nearly all processors
+// Behind the window, so that a place may be named two frames beyond it.
+constexpr size_t kRoomBehind = 2 * 0x1FFF + kCacheLine;
 
 // The reason of the call that just failed. One that gives none has failed all
 // the same: 0 would pass for success, and a file for empty.
@@ -28,7 +31,7 @@ inline int FailureReason() { return errno == 0 ? EIO : errno; }
 // A positioned read buffer that restarts at whatever offset it does not hold.
 // The descriptor stays its owner's; one thread at a time.
 struct Window {
-  explicit Window(int file) : fd(file), buffer(kWindowSize) {}
+  explicit Window(int file) : fd(file), buffer(kWindowSize + kRoomBehind) {}
 
   // The byte at `offset`, or -1 past the end or where nothing can be read.
   int ByteAt(int64_t offset);
@@ -70,9 +73,9 @@ struct Window {
 };
 
 inline void Window::Fill() {
-  while (valid < buffer.size()) {
+  while (valid < kWindowSize) {
     const ssize_t count =
-        pread(fd, buffer.data() + valid, buffer.size() - valid,
+        pread(fd, buffer.data() + valid, kWindowSize - valid,
               static_cast<off_t>(start + static_cast<int64_t>(valid)));
     if (count > 0) {
       valid += static_cast<size_t>(count);
