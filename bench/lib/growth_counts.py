@@ -19,16 +19,22 @@ WAV_SIZES = {"1 KiB": 1 << 10, "4 GiB": 1 << 32}
 CALL = re.compile(r"^\d+ +(\w+)\(")
 
 
-def instructions(bench, command, source=os.devnull):
-    """Of a whole command, and of our own objects in it."""
+def by_object(bench, command, source=os.devnull):
+    """Instructions of a whole command: {object without folder and version:
+    what its own code ran}."""
     profile = bench.folder / "growth.profile"
     with open(source, "rb") as stdin:
         checked(["valgrind", "-q", "--tool=callgrind",
                  f"--callgrind-out-file={profile}", *command], stdin)
     sums = checked(["awk", "-f", "scripts/lib/callgrind.awk", str(profile)])
-    counts = {name: int(count)
-              for kind, name, count in map(str.split, sums.splitlines())
-              if kind == "instructions"}
+    return {name: int(count)
+            for kind, name, count in map(str.split, sums.splitlines())
+            if kind == "instructions"}
+
+
+def instructions(bench, command, source=os.devnull):
+    """Of a whole command, and of our own objects in it."""
+    counts = by_object(bench, command, source)
     return {"all": sum(counts.values()),
             "ours": sum(counts.get(name, 0) for name in OURS)}
 
