@@ -27,7 +27,7 @@ FAINT = "#5b6770"
 GRID = "#e3e7ea"
 LIMIT_NAMES = ("bare loop", "read pass")
 LABEL_BOX = {"facecolor": "white", "edgecolor": "none", "pad": 0.5}
-WIDTH = 8  # inches; the documents show 100 dots of each, the file holds 200
+WIDTH = 8  # inches; the documents show 100 dots of each, the file holds 150
 ROW = 0.42
 HEAD, FOOT = 1.0, 0.62  # inches above and below the rows
 
@@ -241,7 +241,7 @@ def main(source, folder):
             continue
         path = folder / f"benchmark-{draw.__name__}.png"
         figure = draw(sections)
-        figure.savefig(path, dpi=200)
+        figure.savefig(path, dpi=150)
         plt.close(figure)
         print(path)
 
