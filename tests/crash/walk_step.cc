@@ -41,8 +41,8 @@ std::string ToString(const Walk& walk) {
     text += "{Do::" + std::string(kNames[static_cast<size_t>(step.what)]) +
             ", " + std::to_string(step.path) + ", " +
             std::to_string(step.rate) + ", " + std::to_string(step.channels) +
-            ", " + std::to_string(step.count) + ", " + std::to_string(step.bytes) +
-            "},\n        ";
+            ", " + std::to_string(step.count) + ", " +
+            std::to_string(step.bytes) + "},\n        ";
   }
   return text + "});";
 }
