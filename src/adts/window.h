@@ -20,9 +20,10 @@ namespace {
 
 constexpr size_t kWindowSize = 65536;
 constexpr int64_t kHeaderBytes = kParsedBytes;
-constexpr size_t kCacheLine = 64;  // bytes, of nearly all processors
+constexpr size_t kCacheLine = 64;         // bytes, of nearly all processors
+constexpr size_t kLongestFrame = 0x1FFF;  // bytes; 13 bits tell the length
 // Behind the window, so that a place may be named two frames beyond it.
-constexpr size_t kRoomBehind = 2 * 0x1FFF + kCacheLine;
+constexpr size_t kRoomBehind = 2 * kLongestFrame + kCacheLine;
 
 // The reason of the call that just failed. One that gives none has failed all
 // the same: 0 would pass for success, and a file for empty.
