@@ -16,7 +16,7 @@
 #include <utility>
 #include <vector>
 
-#include "messenger.h"
+#include "engine/messenger.h"
 #include "plugin/method_table.h"
 
 extern "C" {

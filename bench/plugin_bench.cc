@@ -8,9 +8,9 @@
 #include <vector>
 
 #include "finalize/finalize_path.h"
-#include "session/append.h"
-#include "session/open_close.h"
+#include "recording/append.h"
 #include "support/memory_file.h"
+#include "worker/open_close.h"
 
 extern "C" {
 #include <libavutil/log.h>

@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "host/engine.h"
+#include "engine/engine.h"
 #include "support/bytes.h"
 #include "support/glib_log.h"
 #include "support/reply.h"

@@ -4,14 +4,14 @@
 
 #include <csignal>
 
-#include "command_line.h"
-#include "console.h"
-#include "exit_status.h"
-#include "finalize_command.h"
-#include "log_output.h"
-#include "record_command.h"
-#include "repair_wav_command.h"
-#include "resume_command.h"
+#include "commands/command_line.h"
+#include "commands/finalize_command.h"
+#include "commands/record_command.h"
+#include "commands/repair_wav_command.h"
+#include "commands/resume_command.h"
+#include "terminal/console.h"
+#include "terminal/exit_status.h"
+#include "terminal/log_output.h"
 
 extern "C" {
 #include <libavutil/log.h>

@@ -1,6 +1,6 @@
 // Writing of ADTS frames (ISO/IEC 14496-3, 1.A.2). Pure; any thread.
-#ifndef CORVANE_ADTS_FRAME_H_
-#define CORVANE_ADTS_FRAME_H_
+#ifndef CORVANE_SRC_ADTS_FRAME_H_
+#define CORVANE_SRC_ADTS_FRAME_H_
 
 #include <cstddef>
 #include <cstdint>
@@ -28,4 +28,4 @@ bool Frame(const StreamConfig& config, const uint8_t* payload, size_t size,
 
 }  // namespace adts
 
-#endif  // CORVANE_ADTS_FRAME_H_
+#endif  // CORVANE_SRC_ADTS_FRAME_H_

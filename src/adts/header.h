@@ -1,7 +1,7 @@
 // Reading of ADTS headers (ISO/IEC 14496-3, 1.A.2) out of memory: one, and the
 // search for one among foreign bytes. Pure; any thread.
-#ifndef CORVANE_ADTS_HEADER_H_
-#define CORVANE_ADTS_HEADER_H_
+#ifndef CORVANE_SRC_ADTS_HEADER_H_
+#define CORVANE_SRC_ADTS_HEADER_H_
 
 #include <endian.h>
 
@@ -137,4 +137,4 @@ inline size_t FindFrame(const uint8_t* bytes, size_t from, size_t size) {
 }  // namespace
 }  // namespace adts
 
-#endif  // CORVANE_ADTS_HEADER_H_
+#endif  // CORVANE_SRC_ADTS_HEADER_H_

@@ -1,7 +1,7 @@
 // Reading back of ADTS files: how far a capture can be trusted. Any thread that
 // owns the descriptor for the call.
-#ifndef CORVANE_ADTS_SCAN_H_
-#define CORVANE_ADTS_SCAN_H_
+#ifndef CORVANE_SRC_ADTS_SCAN_H_
+#define CORVANE_SRC_ADTS_SCAN_H_
 
 #include <cstdint>
 
@@ -37,4 +37,4 @@ int ScanFile(int fd, Scan* scan);
 
 }  // namespace adts
 
-#endif  // CORVANE_ADTS_SCAN_H_
+#endif  // CORVANE_SRC_ADTS_SCAN_H_

@@ -1,7 +1,7 @@
 // The vocabulary of an ADTS stream (ISO/IEC 14496-3, 1.A.2 and 1.6.2.1): rates,
 // channel configurations, and what describes a stream. Pure; any thread.
-#ifndef CORVANE_ADTS_STREAM_CONFIG_H_
-#define CORVANE_ADTS_STREAM_CONFIG_H_
+#ifndef CORVANE_SRC_ADTS_STREAM_CONFIG_H_
+#define CORVANE_SRC_ADTS_STREAM_CONFIG_H_
 
 #include <array>
 #include <cstddef>
@@ -47,4 +47,4 @@ bool StreamConfigFromAudioSpecificConfig(const uint8_t* data, size_t size,
 
 }  // namespace adts
 
-#endif  // CORVANE_ADTS_STREAM_CONFIG_H_
+#endif  // CORVANE_SRC_ADTS_STREAM_CONFIG_H_

@@ -1,7 +1,7 @@
 // What the scan reads a file through: one window of 64 KiB, which goes forward
 // on a sound file and so reads it once.
-#ifndef CORVANE_ADTS_WINDOW_H_
-#define CORVANE_ADTS_WINDOW_H_
+#ifndef CORVANE_SRC_ADTS_WINDOW_H_
+#define CORVANE_SRC_ADTS_WINDOW_H_
 
 #include <unistd.h>
 
@@ -118,4 +118,4 @@ inline bool Window::SplitHeaderAt(int64_t offset, Header* header) {
 }  // namespace
 }  // namespace adts
 
-#endif  // CORVANE_ADTS_WINDOW_H_
+#endif  // CORVANE_SRC_ADTS_WINDOW_H_

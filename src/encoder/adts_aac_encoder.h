@@ -1,8 +1,8 @@
 // The AAC encoder of one capture: float-planar PCM in, ADTS frames out to the
 // capture file, each the moment libavcodec produces it. Worker thread; dispose
 // finishes it on the main thread once the worker has ended.
-#ifndef CORVANE_ENCODER_ADTS_AAC_ENCODER_H_
-#define CORVANE_ENCODER_ADTS_AAC_ENCODER_H_
+#ifndef CORVANE_SRC_ENCODER_ADTS_AAC_ENCODER_H_
+#define CORVANE_SRC_ENCODER_ADTS_AAC_ENCODER_H_
 
 #include <unistd.h>
 
@@ -17,8 +17,8 @@
 
 #include "adts/frame.h"
 #include "adts/stream_config.h"
-#include "worker/log_relay.h"
-#include "worker/native_error.h"
+#include "report/log_relay.h"
+#include "report/native_error.h"
 
 extern "C" {
 #include <libavcodec/avcodec.h>
@@ -232,4 +232,4 @@ void AdtsAacEncoder::Release() {
 
 }  // namespace
 
-#endif  // CORVANE_ENCODER_ADTS_AAC_ENCODER_H_
+#endif  // CORVANE_SRC_ENCODER_ADTS_AAC_ENCODER_H_

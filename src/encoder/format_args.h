@@ -1,7 +1,7 @@
 // The audio format in a method's arguments. Main thread; touches its arguments
 // alone.
-#ifndef CORVANE_ENCODER_FORMAT_ARGS_H_
-#define CORVANE_ENCODER_FORMAT_ARGS_H_
+#ifndef CORVANE_SRC_ENCODER_FORMAT_ARGS_H_
+#define CORVANE_SRC_ENCODER_FORMAT_ARGS_H_
 
 #include <flutter_linux/flutter_linux.h>
 
@@ -10,7 +10,7 @@
 #include <string>
 
 #include "adts/stream_config.h"
-#include "worker/native_error.h"
+#include "report/native_error.h"
 
 namespace {
 
@@ -109,4 +109,4 @@ bool lookup_adts_format(FlValue* args, const std::string& method,
 
 }  // namespace
 
-#endif  // CORVANE_ENCODER_FORMAT_ARGS_H_
+#endif  // CORVANE_SRC_ENCODER_FORMAT_ARGS_H_

@@ -1,6 +1,6 @@
 // Opening of the AAC codec behind an AdtsAacEncoder. Worker thread.
-#ifndef CORVANE_ENCODER_OPEN_ENCODER_H_
-#define CORVANE_ENCODER_OPEN_ENCODER_H_
+#ifndef CORVANE_SRC_ENCODER_OPEN_ENCODER_H_
+#define CORVANE_SRC_ENCODER_OPEN_ENCODER_H_
 
 #include <algorithm>
 #include <cstdint>
@@ -8,8 +8,8 @@
 
 #include "adts/stream_config.h"
 #include "encoder/adts_aac_encoder.h"
-#include "worker/log_relay.h"
-#include "worker/native_error.h"
+#include "report/log_relay.h"
+#include "report/native_error.h"
 
 extern "C" {
 #include <libavcodec/avcodec.h>
@@ -109,4 +109,4 @@ void AdtsAacEncoder::Reconcile() {
 
 }  // namespace
 
-#endif  // CORVANE_ENCODER_OPEN_ENCODER_H_
+#endif  // CORVANE_SRC_ENCODER_OPEN_ENCODER_H_

@@ -1,7 +1,7 @@
 // "finalizePath": seals a capture by its path, the live one too. Worker thread,
 // but for the check that what is asked for is the capture itself.
-#ifndef CORVANE_FINALIZE_FINALIZE_PATH_H_
-#define CORVANE_FINALIZE_FINALIZE_PATH_H_
+#ifndef CORVANE_SRC_FINALIZE_FINALIZE_PATH_H_
+#define CORVANE_SRC_FINALIZE_FINALIZE_PATH_H_
 
 #include <flutter_linux/flutter_linux.h>
 #include <unistd.h>
@@ -16,7 +16,7 @@
 
 #include "encoder/format_args.h"
 #include "finalize/seal.h"
-#include "session/open_close.h"
+#include "worker/open_close.h"
 #include "worker/plugin_state.h"
 
 namespace {
@@ -109,4 +109,4 @@ void handle_finalize_path(FlMethodCall* call, FlValue* args,
 
 }  // namespace
 
-#endif  // CORVANE_FINALIZE_FINALIZE_PATH_H_
+#endif  // CORVANE_SRC_FINALIZE_FINALIZE_PATH_H_

@@ -1,8 +1,8 @@
 // "finalizeWavOnly": repairs in place the header of a 16-bit PCM WAV file whose
 // writer died before it could write the sizes. The audio is neither read nor
 // touched. Worker thread, but for the check of the arguments.
-#ifndef CORVANE_FINALIZE_FINALIZE_WAV_ONLY_H_
-#define CORVANE_FINALIZE_FINALIZE_WAV_ONLY_H_
+#ifndef CORVANE_SRC_FINALIZE_FINALIZE_WAV_ONLY_H_
+#define CORVANE_SRC_FINALIZE_FINALIZE_WAV_ONLY_H_
 
 #include <flutter_linux/flutter_linux.h>
 #include <sys/stat.h>
@@ -16,9 +16,9 @@
 #include <string>
 
 #include "encoder/format_args.h"
-#include "worker/native_error.h"
+#include "report/native_error.h"
+#include "report/reply.h"
 #include "worker/plugin_state.h"
-#include "worker/reply.h"
 
 namespace {
 
@@ -135,4 +135,4 @@ void handle_finalize_wav_only(FlMethodCall* call, FlValue* args,
 
 }  // namespace
 
-#endif  // CORVANE_FINALIZE_FINALIZE_WAV_ONLY_H_
+#endif  // CORVANE_SRC_FINALIZE_FINALIZE_WAV_ONLY_H_

@@ -1,7 +1,7 @@
 // "resumePath": recording goes on in a capture that exists, behind its last
 // whole frame. Worker thread.
-#ifndef CORVANE_FINALIZE_RESUME_PATH_H_
-#define CORVANE_FINALIZE_RESUME_PATH_H_
+#ifndef CORVANE_SRC_FINALIZE_RESUME_PATH_H_
+#define CORVANE_SRC_FINALIZE_RESUME_PATH_H_
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -12,10 +12,10 @@
 #include "adts/scan.h"
 #include "encoder/format_args.h"
 #include "finalize/trim_torn_tail.h"
-#include "session/open_close.h"
-#include "worker/native_error.h"
+#include "report/native_error.h"
+#include "report/reply.h"
+#include "worker/open_close.h"
 #include "worker/plugin_state.h"
-#include "worker/reply.h"
 
 namespace {
 
@@ -49,4 +49,4 @@ Reply resume_capture_at(PluginState* state, const std::string& path,
 
 }  // namespace
 
-#endif  // CORVANE_FINALIZE_RESUME_PATH_H_
+#endif  // CORVANE_SRC_FINALIZE_RESUME_PATH_H_

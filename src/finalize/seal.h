@@ -1,7 +1,7 @@
 // The last step of a capture that is handed to Dart: repaired, made durable and
 // verified. Worker thread.
-#ifndef CORVANE_FINALIZE_SEAL_H_
-#define CORVANE_FINALIZE_SEAL_H_
+#ifndef CORVANE_SRC_FINALIZE_SEAL_H_
+#define CORVANE_SRC_FINALIZE_SEAL_H_
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -13,9 +13,9 @@
 
 #include "adts/scan.h"
 #include "finalize/trim_torn_tail.h"
-#include "worker/native_error.h"
+#include "report/native_error.h"
+#include "report/reply.h"
 #include "worker/plugin_state.h"
-#include "worker/reply.h"
 
 namespace {
 
@@ -100,4 +100,4 @@ Reply seal(PluginState* state, const std::string& path, uint64_t dropped,
 
 }  // namespace
 
-#endif  // CORVANE_FINALIZE_SEAL_H_
+#endif  // CORVANE_SRC_FINALIZE_SEAL_H_

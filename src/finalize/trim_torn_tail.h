@@ -1,6 +1,6 @@
 // The one repair of a capture: a torn tail is cut off. Worker thread.
-#ifndef CORVANE_FINALIZE_TRIM_TORN_TAIL_H_
-#define CORVANE_FINALIZE_TRIM_TORN_TAIL_H_
+#ifndef CORVANE_SRC_FINALIZE_TRIM_TORN_TAIL_H_
+#define CORVANE_SRC_FINALIZE_TRIM_TORN_TAIL_H_
 
 #include <sys/stat.h>
 #include <unistd.h>
@@ -8,7 +8,7 @@
 #include <string>
 
 #include "adts/scan.h"
-#include "worker/native_error.h"
+#include "report/native_error.h"
 #include "worker/plugin_state.h"
 
 namespace {
@@ -46,4 +46,4 @@ int trim_torn_tail(PluginState* state, int fd, const std::string& path,
 
 }  // namespace
 
-#endif  // CORVANE_FINALIZE_TRIM_TORN_TAIL_H_
+#endif  // CORVANE_SRC_FINALIZE_TRIM_TORN_TAIL_H_

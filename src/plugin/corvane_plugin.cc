@@ -3,10 +3,9 @@
 // the main thread, but for what the parts say of the worker.
 #include "corvane/corvane_plugin.h"
 
-#include "worker/log_relay.h"     // the log's words, and whether Dart listens
-#include "worker/native_error.h"  // the record of a failure
-#include "worker/plugin_state.h"  // the worker, its queue and the way back
-#include "worker/reply.h"         // what a task answers
+#include "report/log_relay.h"     // the log's words, and whether Dart listens
+#include "report/native_error.h"  // the record of a failure
+#include "report/reply.h"         // what a task answers
 
 #include "adts/frame.h"          // ADTS frames, as written
 #include "adts/scan.h"           // ADTS files, as read back
@@ -16,17 +15,19 @@
 #include "encoder/format_args.h"       // the format in a call's arguments
 #include "encoder/open_encoder.h"      // opening of the codec
 
-#include "session/append.h"           // "append"
-#include "session/capture_session.h"  // the one open capture
-#include "session/controls.h"    // "pause", "resume", "stop", "cancel", "flush"
-#include "session/open_close.h"  // installing and closing the capture
-#include "session/start.h"       // "start", and what it moves aside
+#include "worker/capture_session.h"  // the one open capture
+#include "worker/open_close.h"       // installing and closing the capture
+#include "worker/plugin_state.h"     // the worker, its queue and the way back
 
 #include "finalize/finalize_path.h"      // "finalizePath"
 #include "finalize/finalize_wav_only.h"  // "finalizeWavOnly"
 #include "finalize/resume_path.h"        // "resumePath"
 #include "finalize/seal.h"               // a capture made durable and verified
 #include "finalize/trim_torn_tail.h"     // the cut behind the last whole frame
+
+#include "recording/append.h"    // "append"
+#include "recording/controls.h"  // "pause", "resume", "stop", "cancel", "flush"
+#include "recording/start.h"     // "start", and what it moves aside
 
 #include "plugin/method_table.h"  // calls by name, arguments checked
 

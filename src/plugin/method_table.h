@@ -1,7 +1,7 @@
 // The method table: a call is recognised by name, its arguments are checked and
 // copied, and its work is queued. Main thread; no file is touched here.
-#ifndef CORVANE_PLUGIN_METHOD_TABLE_H_
-#define CORVANE_PLUGIN_METHOD_TABLE_H_
+#ifndef CORVANE_SRC_PLUGIN_METHOD_TABLE_H_
+#define CORVANE_SRC_PLUGIN_METHOD_TABLE_H_
 
 #include <flutter_linux/flutter_linux.h>
 
@@ -14,12 +14,12 @@
 #include "finalize/finalize_path.h"
 #include "finalize/finalize_wav_only.h"
 #include "finalize/resume_path.h"
-#include "session/append.h"
-#include "session/controls.h"
-#include "session/start.h"
-#include "worker/native_error.h"
+#include "recording/append.h"
+#include "recording/controls.h"
+#include "recording/start.h"
+#include "report/native_error.h"
+#include "report/reply.h"
 #include "worker/plugin_state.h"
-#include "worker/reply.h"
 
 namespace {
 
@@ -125,4 +125,4 @@ void dispatch(FlMethodCall* call, PluginState* state) {
 
 }  // namespace
 
-#endif  // CORVANE_PLUGIN_METHOD_TABLE_H_
+#endif  // CORVANE_SRC_PLUGIN_METHOD_TABLE_H_

@@ -1,8 +1,8 @@
 // The one state object behind the plugin: a worker thread with its queue, the
 // road of replies and log lines back to the main context, and the capture that
 // the worker's tasks share.
-#ifndef CORVANE_WORKER_PLUGIN_STATE_H_
-#define CORVANE_WORKER_PLUGIN_STATE_H_
+#ifndef CORVANE_SRC_WORKER_PLUGIN_STATE_H_
+#define CORVANE_SRC_WORKER_PLUGIN_STATE_H_
 
 #include <flutter_linux/flutter_linux.h>
 
@@ -16,10 +16,10 @@
 #include <thread>
 #include <utility>
 
-#include "session/capture_session.h"
-#include "worker/log_relay.h"
-#include "worker/native_error.h"
-#include "worker/reply.h"
+#include "report/log_relay.h"
+#include "report/native_error.h"
+#include "report/reply.h"
+#include "worker/capture_session.h"
 
 namespace {
 
@@ -190,4 +190,4 @@ void enqueue_invalid(PluginState* state, FlMethodCall* call,
 
 }  // namespace
 
-#endif  // CORVANE_WORKER_PLUGIN_STATE_H_
+#endif  // CORVANE_SRC_WORKER_PLUGIN_STATE_H_

@@ -5,8 +5,8 @@
 
 #include <string>
 
-#include "host/messenger.h"
-#include "host/registrar.h"
+#include "engine/messenger.h"
+#include "engine/registrar.h"
 #include "support/channel_fixture.h"
 
 namespace corvane_test {

@@ -11,11 +11,11 @@
 #include "encoder/format_args.h"
 #include "encoder/open_encoder.h"
 #include "finalize/trim_torn_tail.h"
-#include "session/open_close.h"
+#include "report/native_error.h"
+#include "report/reply.h"
 #include "support/channel_fixture.h"
-#include "worker/native_error.h"
+#include "worker/open_close.h"
 #include "worker/plugin_state.h"
-#include "worker/reply.h"
 
 namespace corvane_test {
 namespace {

@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "channel/overrides.h"
-#include "host/registrar.h"
+#include "engine/registrar.h"
 #include "support/channel_fixture.h"
 
 namespace corvane_test {

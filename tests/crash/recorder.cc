@@ -7,7 +7,7 @@
 #include <optional>
 
 #include "crash/journal.h"
-#include "host/engine.h"
+#include "engine/engine.h"
 #include "support/faults.h"
 
 namespace corvane_test {

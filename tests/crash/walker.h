@@ -8,7 +8,7 @@
 #include <string>
 
 #include "crash/walk_step.h"
-#include "host/engine.h"
+#include "engine/engine.h"
 #include "support/faults.h"
 
 namespace corvane_test {

@@ -1,5 +1,5 @@
 // Samples as they reach the plugin.
-#include "host/audio_source.h"
+#include "audio/audio_source.h"
 
 #include <fcntl.h>
 #include <gtest/gtest.h>

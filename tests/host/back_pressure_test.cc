@@ -4,8 +4,8 @@
 
 #include <deque>
 
-#include "host/recorder.h"
 #include "support/bytes.h"
+#include "take/recorder.h"
 
 namespace corvane_test {
 namespace {

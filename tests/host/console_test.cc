@@ -1,5 +1,5 @@
 // Whole lines and the live line on one descriptor.
-#include "host/console.h"
+#include "terminal/console.h"
 
 #include <fcntl.h>
 #include <gtest/gtest.h>

@@ -1,11 +1,11 @@
 // An engine with the real plugin on it.
-#include "host/engine.h"
+#include "engine/engine.h"
 
 #include <gtest/gtest.h>
 
 #include <vector>
 
-#include "host/plugin_reply.h"
+#include "engine/plugin_reply.h"
 #include "support/glib_log.h"
 
 namespace corvane_test {

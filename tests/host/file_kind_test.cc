@@ -1,5 +1,5 @@
 // A file is known by its first bytes.
-#include "host/file_kind.h"
+#include "audio/file_kind.h"
 
 #include <gtest/gtest.h>
 

@@ -1,5 +1,5 @@
 // The first frame is found where the plugin's own scan would find it.
-#include "host/first_frame.h"
+#include "looks/first_frame.h"
 
 #include <gtest/gtest.h>
 

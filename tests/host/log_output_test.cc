@@ -1,5 +1,5 @@
 // Each line once, in the order in which it was logged, whichever way it came.
-#include "host/log_output.h"
+#include "terminal/log_output.h"
 
 #include <fcntl.h>
 #include <gtest/gtest.h>

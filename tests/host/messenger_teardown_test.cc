@@ -5,8 +5,8 @@
 #include <functional>
 #include <memory>
 
-#include "host/messenger.h"
-#include "host/registrar.h"
+#include "engine/messenger.h"
+#include "engine/registrar.h"
 #include "support/glib_log.h"
 
 namespace corvane_test {

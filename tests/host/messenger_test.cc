@@ -1,5 +1,5 @@
 // The messenger's table, its answers and what it sends.
-#include "host/messenger.h"
+#include "engine/messenger.h"
 
 #include <gtest/gtest.h>
 

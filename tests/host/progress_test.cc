@@ -1,5 +1,5 @@
 // The live line's text at any width.
-#include "host/progress.h"
+#include "take/progress.h"
 
 #include <gtest/gtest.h>
 

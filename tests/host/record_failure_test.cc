@@ -7,9 +7,9 @@
 #include <nlohmann/json.hpp>
 
 #include "host/record_fixture.h"
-#include "host/wording.h"
 #include "support/adts_frames.h"
 #include "support/pcm.h"
+#include "terminal/wording.h"
 
 namespace corvane_test {
 namespace {

@@ -1,5 +1,5 @@
 // The live line of work that has no figures of its own.
-#include "host/waiting_line.h"
+#include "terminal/waiting_line.h"
 
 #include <fcntl.h>
 #include <gtest/gtest.h>

@@ -1,5 +1,5 @@
 // What may be repaired, by the header alone.
-#include "host/wav_look.h"
+#include "looks/wav_look.h"
 
 #include <gtest/gtest.h>
 

@@ -1,5 +1,5 @@
 // How figures and paths stand in a sentence.
-#include "host/wording.h"
+#include "terminal/wording.h"
 
 #include <gtest/gtest.h>
 

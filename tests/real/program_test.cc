@@ -4,10 +4,10 @@
 #include <cerrno>
 #include <filesystem>
 
-#include "host/audio_source.h"
+#include "audio/audio_source.h"
 #include "host/child_process.h"
-#include "host/way_out.h"
 #include "real/real_fixture.h"
+#include "terminal/way_out.h"
 
 namespace corvane_test {
 namespace {

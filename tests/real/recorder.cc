@@ -7,7 +7,7 @@
 
 #include <csignal>
 
-#include "host/engine.h"
+#include "engine/engine.h"
 #include "real/real_fixture.h"
 
 namespace corvane_test {

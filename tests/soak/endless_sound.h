@@ -8,7 +8,7 @@
 #include <optional>
 #include <string>
 
-#include "host/audio_source.h"
+#include "audio/audio_source.h"
 #include "support/bytes.h"
 
 namespace corvane_test {

@@ -12,15 +12,15 @@
 #include <string>
 #include <vector>
 
-#include "host/engine.h"
-#include "host/log_output.h"
-#include "host/plugin_call.h"
-#include "host/recorder.h"
-#include "host/wording.h"
+#include "engine/engine.h"
 #include "soak/endless_sound.h"
 #include "soak/frame_count.h"
 #include "soak/process_log.h"
 #include "support/files.h"
+#include "take/plugin_call.h"
+#include "take/recorder.h"
+#include "terminal/log_output.h"
+#include "terminal/wording.h"
 
 namespace corvane_test {
 namespace {

@@ -9,7 +9,7 @@
 #include <thread>
 
 #include "channel/overrides.h"
-#include "host/engine.h"
+#include "engine/engine.h"
 #include "stress/expected.h"
 #include "support/chance.h"
 #include "support/files.h"

@@ -13,7 +13,7 @@
 #include <thread>
 #include <vector>
 
-#include "host/engine.h"
+#include "engine/engine.h"
 #include "support/bytes.h"
 #include "support/files.h"
 #include "support/glib_log.h"

@@ -13,7 +13,7 @@
 #include <thread>
 #include <utility>
 
-#include "session/open_close.h"
+#include "worker/open_close.h"
 #include "worker/plugin_state.h"
 
 namespace {

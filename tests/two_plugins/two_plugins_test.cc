@@ -4,7 +4,7 @@
 
 #include <string>
 
-#include "host/registrar.h"
+#include "engine/registrar.h"
 #include "support/channel_fixture.h"
 #include "support/pcm.h"
 #include "two_plugins/other_plugin.h"

@@ -1,0 +1,199 @@
+#include "commands/command_line.h"
+
+#include <unistd.h>
+
+#include <CLI/CLI.hpp>
+#include <cstdint>
+
+#include "terminal/exit_status.h"
+
+namespace corvane {
+namespace {
+
+constexpr char kExamples[] =
+    R"(Examples:
+
+  corvane record -i speech.wav take.aac
+  arecord -t raw -f S16_LE -r 48000 -c 1 | corvane record -r 48000 -c 1 take.aac
+  corvane resume -i rest.wav take.aac
+  corvane finalize take.aac
+  corvane repair-wav take.wav
+
+corvane COMMAND --help tells more, the manual page corvane(1) all.
+)";
+
+constexpr char kRecordNotes[] =
+    R"(Files are what libsndfile reads (WAV, FLAC, Ogg, MP3...); rate and channels
+come from the file. Raw audio is interleaved s16le and needs -r and -c:
+
+  corvane record -i speech.wav take.aac
+  arecord -t raw -f S16_LE -r 48000 -c 1 | corvane record -r 48000 -c 1 take.aac
+
+Ctrl-C (SIGINT) and SIGTERM end the take and seal it. The figures come as JSON
+on standard output, all else on standard error. Exit status: 0 done, 1 failed,
+2 wrong usage.
+)";
+
+constexpr char kResumeNotes[] =
+    R"(The audio goes behind the capture's last whole frame; a frame that was torn
+is cut off first, and nothing else is changed. Input is as for corvane record:
+
+  corvane resume -i rest.wav take.aac
+  arecord -t raw -f S16_LE -r 48000 -c 1 | corvane resume -r 48000 -c 1 take.aac
+
+The figures of the whole capture come as JSON on standard output, all else on
+standard error. Exit status: 0 done, 1 failed, 2 wrong usage.
+)";
+
+constexpr char kFinalizeNotes[] =
+    R"(Cuts off a frame that was torn, makes the file durable, and verifies that it
+holds audio; nothing else in it is changed. A capture plays without this too.
+
+  corvane finalize take.aac
+
+The figures come as JSON on standard output, all else on standard error. Exit
+status: 0 done, 1 failed, 2 wrong usage.
+)";
+
+constexpr char kRepairWavNotes[] =
+    R"(For 16-bit PCM whose recorder died before it wrote the sizes: the header, 44
+bytes, is written anew from the file's size, and the audio is not touched. What
+that would damage is refused: other kinds of file, longer headers, other
+samples.
+
+  corvane repair-wav take.wav
+  corvane repair-wav take.wav -r 48000 -c 1     when the header lost those too
+
+The result, with the old header in it, comes as JSON on standard output, all
+else on standard error. Exit status: 0 done, 1 failed or refused, 2 wrong usage.
+)";
+
+// A WAV header's fields are this wide; more would be written as less.
+constexpr int kMostWavChannels = 32767;
+
+// A validator would write its numbers into the help as well.
+template <typename Number>
+CLI::Validator within(Number least, Number most) {
+  return CLI::Range(least, most).description("");
+}
+
+void add_file(CLI::App* command, const char* name, const char* help,
+              std::string* path) {
+  command->add_option(name, *path, help)->type_name("")->required();
+}
+
+void add_format(CLI::App* command, const char* rate_help, int* sample_rate,
+                const char* channels_help, int most_channels, int* channels) {
+  command->add_option("-r", *sample_rate, rate_help)
+      ->type_name("HZ")
+      ->check(within(1, INT32_MAX));
+  command->add_option("-c", *channels, channels_help)
+      ->type_name("N")
+      ->check(within(1, most_channels));
+}
+
+// What the options alone tell to be wrong.
+void check_usage(const TakeArguments& arguments) {
+  if (arguments.input != "-") return;
+  if (arguments.sample_rate == 0 || arguments.channels == 0) {
+    throw CLI::ValidationError(
+        "raw audio on standard input needs its rate and channels, "
+        "as in -r 48000 -c 1; a file is named with -i");
+  }
+  if (isatty(STDIN_FILENO) == 1) {
+    throw CLI::ValidationError(
+        "standard input is a terminal; pipe raw s16le audio in, or "
+        "name a file with -i");
+  }
+}
+
+void add_take_options(CLI::App* command, TakeArguments* arguments) {
+  command
+      ->add_option("-i", arguments->input,
+                   "Audio file; without it, or as -, raw stdin")
+      ->type_name("FILE");
+  add_format(command, "Sample rate of raw audio", &arguments->sample_rate,
+             "Channels of raw audio, 1 to 6", INT32_MAX, &arguments->channels);
+  command->add_option("-b", arguments->bit_rate, "AAC bits a second [64000]")
+      ->type_name("BPS")
+      ->check(within(int64_t{1}, INT64_MAX));
+  command->add_flag("--realtime", arguments->realtime,
+                    "Feed no faster than the audio plays");
+  command
+      ->add_option("--chunk-ms", arguments->chunk_ms,
+                   "Audio in one append, 1 to 1000 [20]")
+      ->type_name("MS")
+      ->check(within(1, 1000));
+  command->callback([arguments] { check_usage(*arguments); });
+}
+
+CLI::App* add_record(CLI::App* app, TakeArguments* arguments) {
+  CLI::App* command = app->add_subcommand("record", "Record a new take");
+  add_file(command, "OUT.aac", "The capture to write", &arguments->output);
+  add_take_options(command, arguments);
+  command->footer(kRecordNotes);
+  return command;
+}
+
+CLI::App* add_resume(CLI::App* app, TakeArguments* arguments) {
+  CLI::App* command =
+      app->add_subcommand("resume", "Continue an interrupted take");
+  add_file(command, "OUT.aac", "The capture to continue", &arguments->output);
+  add_take_options(command, arguments);
+  command->footer(kResumeNotes);
+  return command;
+}
+
+CLI::App* add_finalize(CLI::App* app, std::string* capture) {
+  CLI::App* command =
+      app->add_subcommand("finalize", "Seal a take that was left behind");
+  add_file(command, "OUT.aac", "The capture to seal", capture);
+  command->footer(kFinalizeNotes);
+  return command;
+}
+
+CLI::App* add_repair_wav(CLI::App* app, RepairWavArguments* arguments) {
+  CLI::App* command =
+      app->add_subcommand("repair-wav", "Write a WAV file's header anew");
+  add_file(command, "FILE.wav", "The file to repair", &arguments->path);
+  add_format(command, "Sample rate; if left out, the old header's",
+             &arguments->sample_rate, "Channels; if left out, the old header's",
+             kMostWavChannels, &arguments->channels);
+  command->add_flag("--force", arguments->force,
+                    "Write it whatever the file is");
+  command->footer(kRepairWavNotes);
+  return command;
+}
+
+}  // namespace
+
+std::optional<CommandLine> parse_command_line(int argc, char** argv,
+                                              int* status) {
+  CLI::App app("Records audio crash-safely to ADTS files", "corvane");
+  app.footer(kExamples);
+  app.set_version_flag("--version", "corvane " CORVANE_VERSION);
+  app.require_subcommand(1);
+  app.failure_message([](const CLI::App*, const CLI::Error& error) {
+    return std::string("corvane: ") + error.what() +
+           "\nRun corvane --help, or corvane COMMAND --help, to see how.\n";
+  });
+  CommandLine line;
+  // One of the two is parsed at most, so they share their arguments.
+  const CLI::App* record = add_record(&app, &line.take);
+  const CLI::App* resume = add_resume(&app, &line.take);
+  const CLI::App* finalize = add_finalize(&app, &line.capture);
+  add_repair_wav(&app, &line.repair_wav);
+  try {
+    app.parse(argc, argv);
+  } catch (const CLI::ParseError& error) {
+    *status = app.exit(error) == 0 ? kExitDone : kExitUsage;
+    return std::nullopt;
+  }
+  line.command = record->parsed()     ? Command::kRecord
+                 : resume->parsed()   ? Command::kResume
+                 : finalize->parsed() ? Command::kFinalize
+                                      : Command::kRepairWav;
+  return line;
+}
+
+}  // namespace corvane

@@ -1,0 +1,103 @@
+#include "commands/finalize_command.h"
+
+#include <adts/stream_config.h>
+
+#include <optional>
+
+#include "looks/capture_look.h"
+#include "take/plugin_call.h"
+#include "terminal/exit_status.h"
+#include "terminal/json_output.h"
+#include "terminal/waiting_line.h"
+#include "terminal/way_out.h"
+#include "terminal/wording.h"
+
+namespace corvane {
+namespace {
+
+// What is known of the file before it is sealed.
+struct Before {
+  std::string error;  // why it is no capture, as a clause
+  int64_t size = 0;   // bytes
+  PcmFormat format;   // of its first whole frame
+};
+
+Before look_before(const std::string& path) {
+  Before before;
+  const RegularFile file(path);
+  before.size = file.size();
+  before.error = file.error();
+  if (file.is_missing()) before.error += "; check the name";
+  if (file.is_empty()) before.error += ": no audio was recorded into it";
+  if (before.error.empty()) before.error = why_no_capture(file);
+  if (!before.error.empty()) return before;
+  if (const auto first = first_whole_frame(file)) {
+    before.format = first->format;
+  } else {
+    before.error = no_frame_in(file.size());
+  }
+  return before;
+}
+
+// The method demands a rate and channels, checks them, and seals by what the
+// frames say: a frame may be whole and yet name channels that it refuses.
+PluginAnswer seal(const std::string& path, const PcmFormat& format,
+                  LogOutput* log) {
+  const int channels =
+      adts::IsChannelConfig(format.channels) ? format.channels : 1;
+  g_autoptr(FlValue) args = fl_value_new_map();
+  fl_value_set_string_take(args, "capturePath",
+                           fl_value_new_string(path.c_str()));
+  fl_value_set_string_take(args, "outputPath",
+                           fl_value_new_string(path.c_str()));
+  fl_value_set_string_take(args, "sampleRate",
+                           fl_value_new_int(format.sample_rate));
+  fl_value_set_string_take(args, "channels", fl_value_new_int(channels));
+  return ask_plugin("finalizePath", args, log);
+}
+
+void report_failure(const std::string& path, const PluginError& error,
+                    Console* console) {
+  const std::string advice = way_to_change(error, path);
+  console->Complain(path + ": " + error.message +
+                    (advice.empty() ? "" : "; " + advice));
+  console->Complain("the plugin's error: " + describe(error));
+  const std::string next = next_step(
+      path, "seal it again with: corvane finalize " + shell_word(path));
+  if (!next.empty()) console->Complain(path + ": " + next);
+}
+
+bool print_figures(const Before& before, const SealedCapture& sealed,
+                   Console* console) {
+  Json json = json_of(sealed);
+  json["sampleRate"] = before.format.sample_rate;
+  json["channels"] = nullptr;
+  if (before.format.channels > 0) json["channels"] = before.format.channels;
+  json["tornBytes"] = before.size - sealed.bytes;
+  return print_json(json, "the capture itself is sealed in " + sealed.path,
+                    console);
+}
+
+}  // namespace
+
+int run_finalize(const std::string& path, Console* console, LogOutput* log) {
+  Before before;
+  PluginAnswer answer;
+  {
+    const WaitingLine waiting(console, "sealing the capture");
+    before = look_before(path);
+    if (before.error.empty()) answer = seal(path, before.format, log);
+  }
+  if (!before.error.empty()) {
+    console->Complain(path + ": " + before.error);
+    return kExitFailed;
+  }
+  if (answer.error) {
+    report_failure(path, *answer.error, console);
+    return kExitFailed;
+  }
+  return print_figures(before, *answer.sealed, console) ? kExitDone
+                                                        : kExitFailed;
+}
+
+}  // namespace corvane

@@ -1,0 +1,39 @@
+#include "commands/record_command.h"
+
+#include <sys/stat.h>
+
+#include <string>
+
+#include "take/run_take.h"
+#include "terminal/exit_status.h"
+
+namespace corvane {
+namespace {
+
+// Why there can be no capture at `path`; empty if there can. A folder would be
+// moved aside like audio, and a pipe nobody reads holds up even the last write.
+std::string objection_to(const std::string& path) {
+  struct stat file = {};
+  if (stat(path.c_str(), &file) != 0) return "";
+  if (S_ISDIR(file.st_mode)) return " is a folder; name a file in it";
+  if (S_ISFIFO(file.st_mode))
+    return " is a pipe, which keeps nothing; name a file";
+  return "";
+}
+
+}  // namespace
+
+int run_record(const TakeArguments& arguments, Console* console,
+               LogOutput* log) {
+  int status = kExitDone;
+  const auto source = open_source(arguments, console, &status);
+  if (source == nullptr) return status;
+  const std::string objection = objection_to(arguments.output);
+  if (!objection.empty()) {
+    console->Complain(arguments.output + objection);
+    return kExitFailed;
+  }
+  return run_take(take_options_of(arguments), source.get(), console, log);
+}
+
+}  // namespace corvane

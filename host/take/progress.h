@@ -1,0 +1,50 @@
+// The live line of a take: how much audio, how large, how fast, and where the
+// length is known, how long it will take.
+#ifndef CORVANE_HOST_TAKE_PROGRESS_H_
+#define CORVANE_HOST_TAKE_PROGRESS_H_
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+#include "terminal/console.h"
+
+namespace corvane {
+
+struct ProgressFigures {
+  double audio_s = 0;             // recorded so far
+  std::optional<double> total_s;  // the whole input, where it is known
+  int64_t bytes = 0;              // the capture's size
+  double elapsed_s = 0;           // on the clock
+};
+
+// At most `columns` - 1 columns, so that no terminal wraps it. What does not
+// fit is left out, the bar first; the recorded time always stands.
+std::string format_progress(const ProgressFigures& figures, int columns);
+
+class Progress {
+ public:
+  // Shows the take written to `capture_path` on `console` (borrowed). Rates
+  // are in Hz, lengths in sample frames.
+  Progress(Console* console, std::string capture_path, int sample_rate,
+           std::optional<int64_t> total_frames);
+  // Takes the line away.
+  ~Progress();
+  Progress(const Progress&) = delete;
+  Progress& operator=(const Progress&) = delete;
+
+  // Redraws, at most ten times a second; cheap when there is nothing to draw.
+  void Update(int64_t recorded_frames);
+
+ private:
+  Console* const console_;
+  const std::string capture_path_;
+  const int sample_rate_;
+  const std::optional<int64_t> total_frames_;
+  const int64_t start_us_;
+  int64_t next_draw_us_;
+};
+
+}  // namespace corvane
+
+#endif  // CORVANE_HOST_TAKE_PROGRESS_H_

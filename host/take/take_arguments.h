@@ -1,0 +1,36 @@
+// The command line that `record` and `resume` share: a capture, and where its
+// audio comes from.
+#ifndef CORVANE_HOST_TAKE_TAKE_ARGUMENTS_H_
+#define CORVANE_HOST_TAKE_TAKE_ARGUMENTS_H_
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "audio/audio_source.h"
+#include "take/recorder.h"
+#include "terminal/console.h"
+
+namespace corvane {
+
+struct TakeArguments {
+  std::string output;
+  std::string input = "-";  // a file, or "-" for raw PCM on standard input
+  int sample_rate = 0;      // Hz; 0 when not given
+  int channels = 0;         // 0 when not given
+  std::optional<int64_t> bit_rate;
+  bool realtime = false;
+  int chunk_ms = 20;
+};
+
+// NULL, with the exit status in `status`, when the source cannot be had or
+// contradicts the options, which has then been said on the console.
+std::unique_ptr<AudioSource> open_source(const TakeArguments& arguments,
+                                         Console* console, int* status);
+
+TakeOptions take_options_of(const TakeArguments& arguments);
+
+}  // namespace corvane
+
+#endif  // CORVANE_HOST_TAKE_TAKE_ARGUMENTS_H_

@@ -1,0 +1,73 @@
+#include "terminal/console.h"
+
+#include <sys/ioctl.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <utility>
+
+namespace corvane {
+namespace {
+
+// To the line's start, and everything right of it blank.
+constexpr char kEraseLine[] = "\r\x1b[K";
+
+bool moves_cursor(int fd) {
+  const char* term = std::getenv("TERM");
+  return isatty(fd) == 1 && term != nullptr && std::string(term) != "dumb";
+}
+
+}  // namespace
+
+std::string printable(std::string_view text) {
+  std::string result;
+  result.reserve(text.size());
+  for (const char c : text) {
+    const auto byte = static_cast<unsigned char>(c);
+    if (byte >= 0x20 && byte != 0x7f) {
+      result += c;
+      continue;
+    }
+    char escaped[5];
+    std::snprintf(escaped, sizeof(escaped), "\\x%02x", byte);
+    result += escaped;
+  }
+  return result;
+}
+
+Console::Console(int fd) : fd_(fd), has_live_line_(moves_cursor(fd)) {}
+
+int Console::Columns() const {
+  winsize size = {};
+  if (ioctl(fd_, TIOCGWINSZ, &size) != 0 || size.ws_col == 0) return 80;
+  return size.ws_col;
+}
+
+void Console::Line(std::string_view text) {
+  const std::lock_guard<std::mutex> lock(mutex_);
+  std::string out = live_.empty() ? "" : kEraseLine;
+  out += printable(text);
+  // One write, so that the line is never seen without the one below it.
+  Write(out + "\n" + live_);
+}
+
+void Console::Live(std::string text) {
+  if (!has_live_line_) return;
+  const std::lock_guard<std::mutex> lock(mutex_);
+  if (text.empty() && live_.empty()) return;
+  live_ = std::move(text);
+  Write(kEraseLine + live_);
+}
+
+void Console::Write(std::string_view text) {
+  while (!text.empty()) {
+    const ssize_t written = write(fd_, text.data(), text.size());
+    if (written < 0 && errno == EINTR) continue;
+    if (written <= 0) return;
+    text.remove_prefix(static_cast<size_t>(written));
+  }
+}
+
+}  // namespace corvane

@@ -1,0 +1,48 @@
+// Standard error as a person reads it: whole lines, and on a terminal one
+// live line below them that never gets mixed up with them.
+#ifndef CORVANE_HOST_TERMINAL_CONSOLE_H_
+#define CORVANE_HOST_TERMINAL_CONSOLE_H_
+
+#include <mutex>
+#include <string>
+#include <string_view>
+
+namespace corvane {
+
+// `text` with each control character as \xNN, so that a file's name can
+// neither break a line nor steer the terminal.
+std::string printable(std::string_view text);
+
+class Console {
+ public:
+  // `fd` is borrowed. What cannot be written to it is lost silently: there is
+  // no place left to complain.
+  explicit Console(int fd);
+
+  // Whether a live line can be shown: on a terminal that moves its cursor.
+  bool has_live_line() const { return has_live_line_; }
+
+  // The terminal's width at this moment, in columns; 80 when unknown.
+  int Columns() const;
+
+  // Writes `text`, made printable, as one line. From any thread.
+  void Line(std::string_view text);
+
+  // The same for what the program itself has to say: its name goes before.
+  void Complain(const std::string& sentence) { Line("corvane: " + sentence); }
+
+  // Replaces the live line; empty takes it away. `text` must fit the width.
+  void Live(std::string text);
+
+ private:
+  void Write(std::string_view text);
+
+  const int fd_;
+  const bool has_live_line_;
+  std::mutex mutex_;  // guards live_ and the order of what is written
+  std::string live_;
+};
+
+}  // namespace corvane
+
+#endif  // CORVANE_HOST_TERMINAL_CONSOLE_H_

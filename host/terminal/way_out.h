@@ -1,0 +1,26 @@
+// What a user can do about a plugin's error.
+#ifndef CORVANE_HOST_TERMINAL_WAY_OUT_H_
+#define CORVANE_HOST_TERMINAL_WAY_OUT_H_
+
+#include <string>
+
+#include "audio/audio_source.h"
+#include "engine/plugin_reply.h"
+
+namespace corvane {
+
+// A sentence's second half that names the way out of `error` for a take to
+// `capture_path` from `source`; empty when none is known.
+std::string way_out(const PluginError& error, const std::string& capture_path,
+                    const AudioSource& source);
+
+// The same for a command that changes the file at `path` in place, by the errno
+// value of what failed.
+std::string way_to_change(const PluginError& error, const std::string& path);
+
+// tone.wav becomes tone-converted.wav.
+std::string converted_name(const std::string& path);
+
+}  // namespace corvane
+
+#endif  // CORVANE_HOST_TERMINAL_WAY_OUT_H_
