@@ -46,15 +46,19 @@ run_tests() {
   mkdir -p "$results"
   printf '%-36s ' "tests $name"
   # Asked for first, since the answer replaces the records of a run.
-  programs=$(ctest --test-dir "build/$name" --show-only=json-v1 |
-    jq -r '.tests[].name')
+  programs=$(ctest --test-dir "build/$name" --show-only=json-v1 2>"$log" |
+    jq -r '.tests[].name') || programs=
+  if [[ -z $programs ]]; then
+    echo "build/$name registers no test program." >"$log"
+    report 0 1 FAILED "$log" 0
+    return
+  fi
   GTEST_OUTPUT=json:$results/ attempt "$log" \
     ctest --test-dir "build/$name" -j2 --output-on-failure
   while read -r program; do
     count_cases "$results/$program.json" "$(ended_well "$name" "$program")"
     count_in "$program" "$cases_held" "$cases_bad"
   done <<<"$programs"
-  ((good + bad)) || bad=1 # a build without a test proves nothing
   count_in "$name" $good $bad
   report $good $bad "$good/$((good + bad))" "$log" $((SECONDS - started))
 }

@@ -1,5 +1,5 @@
-// "resumePath": recording goes on in a capture that exists, behind its last
-// whole frame. Worker thread.
+// "resumePath": recording goes on at the end of a capture that exists; only a
+// torn last frame goes before. Worker thread.
 #ifndef CORVANE_SRC_FINALIZE_RESUME_PATH_H_
 #define CORVANE_SRC_FINALIZE_RESUME_PATH_H_
 

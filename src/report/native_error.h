@@ -1,4 +1,4 @@
-// The record of every failure, and its two builders. Value types; any thread.
+// The record of every failure, and its builders. Value types; any thread.
 #ifndef CORVANE_SRC_REPORT_NATIVE_ERROR_H_
 #define CORVANE_SRC_REPORT_NATIVE_ERROR_H_
 

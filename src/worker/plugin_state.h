@@ -95,8 +95,8 @@ void PluginState::Enqueue(FlMethodCall* call, Work work) {
 }
 
 // The queue is taken over whole: an emptied deque keeps its first block, so
-// that two of them that change places take in calls without allocating any
-// more.
+// that two of them that change places take in calls without allocating, up to
+// what a block of libstdc++ holds: 15 calls a batch.
 void PluginState::RunTasks() {
   std::deque<std::function<void()>> batch;
   for (;;) {

@@ -86,9 +86,10 @@ TEST_F(RecordFailureTest, SevenChannelsComeWithTheWayToMixThemDown) {
 }
 
 TEST_F(RecordFailureTest, ARawRateWithoutAnIndexNamesTheNextOne) {
-  ShouldFail(CorvaneFed({}, {"record", take_, "-r", "44000", "-c", "1"}),
-             "standard input: ADTS has no index for 44000 Hz; feed it 44100 "
-             "Hz instead, and say so with -r and -c");
+  ShouldFail(
+      CorvaneFed({}, {"record", take_, "-i", "-", "-r", "44000", "-c", "1"}),
+      "standard input: ADTS has no index for 44000 Hz; feed it 44100 "
+      "Hz instead, and say so with -r and -c");
 }
 
 TEST_F(RecordFailureTest, AMissingFolderComesWithTheWayToMakeIt) {
@@ -201,7 +202,8 @@ TEST_F(RecordFailureTest, AClosedOutputNeverEndsUpInTheTake) {
 
 TEST_F(RecordFailureTest, AClosedInputIsNamed) {
   ShouldFail(
-      CorvaneInShell("", "<&-", {"record", take_, "-r", "48000", "-c", "1"}),
+      CorvaneInShell("", "<&-",
+                     {"record", take_, "-i", "-", "-r", "48000", "-c", "1"}),
       "standard input: reading stopped early: Bad file descriptor");
 }
 
@@ -226,7 +228,7 @@ TEST_F(RecordFailureTest, BytesThatMakeNoSampleFrameAreMentioned) {
   Bytes pcm = Sine(4096, 2);
   pcm.resize(pcm.size() - 1);
   const ChildResult run =
-      CorvaneFed(pcm, {"record", take_, "-r", "48000", "-c", "2"});
+      CorvaneFed(pcm, {"record", take_, "-i", "-", "-r", "48000", "-c", "2"});
   EXPECT_EQ(run.status, 0);
   EXPECT_EQ(nlohmann::json::parse(run.out)["sampleFrames"], 4095);
   EXPECT_EQ(Lines(run.err).back(),

@@ -19,7 +19,8 @@ class RecordSignalTest : public ProgramTest,
   std::unique_ptr<Child> StartPiped() {
     ChildSetup setup;
     setup.input_is_pipe = true;
-    return StartCorvane({"record", "-r", "48000", "-c", "1", take_}, setup);
+    return StartCorvane({"record", "-i", "-", "-r", "48000", "-c", "1", take_},
+                        setup);
   }
 
   const std::string take_ = Path("take.aac");

@@ -77,8 +77,8 @@ TEST_F(RecordTest, RawInputGivesTheCaptureThatItsFileGives) {
   const std::string wav = MakeWav("in.wav", pcm, 44100, 2);
   ASSERT_EQ(Corvane({"record", take_, "-i", wav}).status, 0);
 
-  const ChildResult run =
-      CorvaneFed(pcm, {"record", "-r", "44100", "-c", "2", Path("raw.aac")});
+  const ChildResult run = CorvaneFed(
+      pcm, {"record", "-i", "-", "-r", "44100", "-c", "2", Path("raw.aac")});
   EXPECT_EQ(run.status, 0) << run.err;
   EXPECT_EQ(json::parse(run.out)["sampleFrames"], 20000);
   EXPECT_EQ(ReadFile(Path("raw.aac")), ReadFile(take_));

@@ -116,7 +116,7 @@ TEST_F(ResumeRefusalTest, ADiskThatFillsUpLeavesTheWayToGoOn) {
 TEST_F(ResumeRefusalTest, TheWayToGoOnNamesRawAudiosFormat) {
   const ChildResult run =
       CorvaneInShell("ulimit -f 16", "< " + MakeWav("raw.wav", Noise(480000)),
-                     {"record", take_, "-r", "48000", "-c", "1"});
+                     {"record", take_, "-i", "-", "-r", "48000", "-c", "1"});
   EXPECT_EQ(run.status, 1);
   EXPECT_NE(run.err.find(" and sealed; continue it with: corvane resume '" +
                          take_ + "' -r 48000 -c 1\n"),

@@ -17,8 +17,8 @@ class ResumeTest : public ProgramTest {
   Bytes Recorded(const Bytes& pcm, int rate = 48000, int channels = 1) {
     const std::string path = Path("reference.aac");
     const ChildResult run =
-        CorvaneFed(pcm, {"record", path, "-r", std::to_string(rate), "-c",
-                         std::to_string(channels)});
+        CorvaneFed(pcm, {"record", path, "-i", "-", "-r", std::to_string(rate),
+                         "-c", std::to_string(channels)});
     EXPECT_EQ(run.status, 0) << run.err;
     return ReadFile(path);
   }
@@ -32,8 +32,8 @@ class ResumeTest : public ProgramTest {
   void RecordAndKill(const Bytes& pcm) {
     ChildSetup setup;
     setup.input_is_pipe = true;
-    const auto child =
-        StartCorvane({"record", take_, "-r", "48000", "-c", "1"}, setup);
+    const auto child = StartCorvane(
+        {"record", take_, "-i", "-", "-r", "48000", "-c", "1"}, setup);
     // The program has all of it but what the pipe holds, and has been answered
     // for all but the appends that may be under way.
     child->Write(pcm);
@@ -128,7 +128,7 @@ TEST_F(ResumeTest, NoAudioLeavesTheCaptureAsItWas) {
   const Bytes whole = Recorded(Sine(48000));
   WriteFile(take_, whole);
   const ChildResult run =
-      CorvaneFed({}, {"resume", take_, "-r", "48000", "-c", "1"});
+      CorvaneFed({}, {"resume", take_, "-i", "-", "-r", "48000", "-c", "1"});
   EXPECT_EQ(run.status, 0) << run.err;
   EXPECT_EQ(json::parse(run.out)["sampleFrames"], 0);
   EXPECT_EQ(ReadFile(take_), whole);

@@ -22,7 +22,8 @@ class RealProgramTest : public DiskTest {
   ChildResult Corvane(const std::string& method, const std::string& path) {
     WriteFile(Path("in.pcm"), Noise(120 * kFrameSamples));
     return Child({"/bin/sh", "-c", "exec \"$@\" <\"$0\"", Path("in.pcm"),
-                  CORVANE_PROGRAM, method, path, "-r", "48000", "-c", "1"},
+                  CORVANE_PROGRAM, method, path, "-i", "-", "-r", "48000", "-c",
+                  "1"},
                  ChildSetup())
         .Wait();
   }
@@ -38,8 +39,8 @@ class RealProgramTest : public DiskTest {
     ChildSetup setup;
     setup.input_is_pipe = true;
     auto child = std::make_unique<Child>(
-        std::vector<std::string>{CORVANE_PROGRAM, "record", path, "-r", "48000",
-                                 "-c", "1"},
+        std::vector<std::string>{CORVANE_PROGRAM, "record", path, "-i", "-",
+                                 "-r", "48000", "-c", "1"},
         setup);
     child->Write(Noise(4 * kFrameSamples));
     child->AwaitError("AAC encoder aac started");
