@@ -14,7 +14,7 @@ constexpr char kExamples[] =
     R"(Examples:
 
   corvane record -i speech.wav take.aac
-  arecord -t raw -f S16_LE -r 48000 -c 1 | corvane record -i - -r 48000 -c 1 take.aac
+  arecord -t raw -f S16_LE -r 48000 | corvane record -i - -r 48000 -c 1 take.aac
   corvane resume -i rest.wav take.aac
   corvane finalize take.aac
   corvane repair-wav take.wav
@@ -27,7 +27,7 @@ constexpr char kRecordNotes[] =
 come from the file. Raw audio is interleaved s16le and needs -r and -c:
 
   corvane record -i speech.wav take.aac
-  arecord -t raw -f S16_LE -r 48000 -c 1 | corvane record -i - -r 48000 -c 1 take.aac
+  arecord -t raw -f S16_LE -r 48000 | corvane record -i - -r 48000 -c 1 take.aac
 
 Ctrl-C (SIGINT) and SIGTERM end the take and seal it. The figures come as JSON
 on standard output, all else on standard error. Exit status: 0 done, 1 failed,
@@ -39,7 +39,7 @@ constexpr char kResumeNotes[] =
 is cut off first, and nothing else is changed. Input is as for corvane record:
 
   corvane resume -i rest.wav take.aac
-  arecord -t raw -f S16_LE -r 48000 -c 1 | corvane resume -i - -r 48000 -c 1 take.aac
+  arecord -t raw -f S16_LE -r 48000 | corvane resume -i - -r 48000 -c 1 take.aac
 
 The figures of the whole capture come as JSON on standard output, all else on
 standard error. Exit status: 0 done, 1 failed, 2 wrong usage.
