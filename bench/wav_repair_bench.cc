@@ -1,7 +1,7 @@
 // "finalizeWavOnly" over the channel, call to answer, on a file of each size.
 // 44 bytes are written and synced whatever the size, so the times must agree.
 #include <benchmark/benchmark.h>
-#include <engine.h>
+#include <engine/engine.h>
 #include <fcntl.h>
 #include <flutter_linux/flutter_linux.h>
 #include <unistd.h>
