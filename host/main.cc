@@ -3,6 +3,7 @@
 #include <unistd.h>
 
 #include <csignal>
+#include <cstdarg>
 
 #include "commands/command_line.h"
 #include "commands/finalize_command.h"
@@ -36,12 +37,23 @@ void ignore_write_signals() {
   std::signal(SIGXFSZ, SIG_IGN);
 }
 
+// The codec's remarks, but for those on its own workings, as lines of GLib's
+// log: libav would write them itself, into the live line.
+void relay_libav(void* /*context*/, int level, const char* format,
+                 va_list values) {
+  if (level > AV_LOG_WARNING) return;
+  g_autofree gchar* text = g_strdup_vprintf(format, values);
+  g_log(corvane::LogOutput::kLibavDomain, G_LOG_LEVEL_MESSAGE, "%s",
+        g_strchomp(text));
+}
+
 // Runs what the command line asks for; returns the exit status.
 int run(int argc, char** argv, corvane::Console* console,
         corvane::LogOutput* log) {
   int status = corvane::kExitDone;
   const auto line = corvane::parse_command_line(argc, argv, &status);
   if (!line) return status;
+  console->SetVerbosity(line->verbosity);
   switch (line->command) {
     case corvane::Command::kRecord:
       return corvane::run_record(line->take, console, log);
@@ -60,8 +72,7 @@ int run(int argc, char** argv, corvane::Console* console,
 int main(int argc, char** argv) {
   fill_standard_descriptors();
   ignore_write_signals();
-  // The codec's remarks about its own workings are not for users.
-  av_log_set_level(AV_LOG_WARNING);
+  av_log_set_callback(relay_libav);
   // GLib keeps its log writer to the very end, so neither is ever freed.
   auto* const console = new corvane::Console(STDERR_FILENO);
   auto* const log = new corvane::LogOutput(console);

@@ -3,7 +3,9 @@
 #include <unistd.h>
 
 #include <CLI/CLI.hpp>
+#include <cmath>
 #include <cstdint>
+#include <map>
 
 #include "terminal/exit_status.h"
 
@@ -71,6 +73,8 @@ else on standard error. Exit status: 0 done, 1 failed or refused, 2 wrong usage.
 // A WAV header's fields are this wide; more would be written as less.
 constexpr int kMostWavChannels = 32767;
 
+constexpr int kLongestInterval = 86400;  // seconds between two flushes
+
 // A validator would write its numbers into the help as well.
 template <typename Number>
 CLI::Validator within(Number least, Number most) {
@@ -92,10 +96,11 @@ void add_format(CLI::App* command, const char* rate_help, int* sample_rate,
       ->check(within(1, most_channels));
 }
 
-// What the options alone tell to be wrong.
-void check_usage(const TakeArguments& arguments) {
+// What the options alone tell to be wrong. A take that goes on has a capture
+// that knows its format.
+void check_usage(const TakeArguments& arguments, bool has_capture) {
   if (arguments.input != "-") return;
-  if (arguments.sample_rate == 0 || arguments.channels == 0) {
+  if (!has_capture && (arguments.sample_rate == 0 || arguments.channels == 0)) {
     throw CLI::ValidationError(
         "raw audio on standard input needs its rate and channels, "
         "as in -r 48000 -c 1; a file is named with -i");
@@ -107,30 +112,71 @@ void check_usage(const TakeArguments& arguments) {
   }
 }
 
-void add_take_options(CLI::App* command, TakeArguments* arguments) {
+// A comparison with what is not a number is false, and CLI::Range goes by
+// those.
+std::string why_no_interval(const std::string& text) {
+  double seconds = NAN;
+  const bool is_number = CLI::detail::lexical_cast(text, seconds);
+  if (is_number && seconds >= 0 && seconds <= kLongestInterval) return "";
+  return "needs seconds, 0 to " + std::to_string(kLongestInterval) +
+         ", and not '" + text + "'";
+}
+
+void add_verbosity(CLI::App* command, Verbosity* verbosity) {
+  const auto sets = [verbosity](Verbosity value) {
+    return [verbosity, value](int64_t) { *verbosity = value; };
+  };
+  CLI::Option* quiet = command->add_flag_function(
+      "-q,--quiet", sets(Verbosity::kQuiet), "Say nothing but what went wrong");
+  command
+      ->add_flag_function("-v,--verbose", sets(Verbosity::kVerbose),
+                          "Say all that the plugin says")
+      ->excludes(quiet);
+}
+
+void add_rate_options(CLI::App* command, TakeArguments* arguments) {
+  command
+      ->add_option("-b", arguments->bit_rate,
+                   "AAC bits a second, as 96000 or 96k [64000;\n128000 from 3 "
+                   "channels on, 192000 from 5]")
+      ->type_name("BPS")
+      ->transform(CLI::AsNumberWithUnit(std::map<std::string, int64_t>{
+                                            {"k", 1000}, {"M", 1000000}})
+                      .description(""))
+      ->check(within(int64_t{1}, INT64_MAX));
+  command
+      ->add_option("--flush-every", arguments->flush_every_s,
+                   "Make what was recorded durable this often;\n0: never [1]")
+      ->type_name("SECONDS")
+      ->check(CLI::Validator(why_no_interval, ""));
+}
+
+void add_take_options(CLI::App* command, bool has_capture,
+                      TakeArguments* arguments) {
   command
       ->add_option("-i", arguments->input,
                    "Audio file; without it, or as -, raw stdin")
       ->type_name("FILE");
   add_format(command, "Sample rate of raw audio", &arguments->sample_rate,
              "Channels of raw audio, 1 to 6", INT32_MAX, &arguments->channels);
-  command->add_option("-b", arguments->bit_rate, "AAC bits a second [64000]")
-      ->type_name("BPS")
-      ->check(within(int64_t{1}, INT64_MAX));
+  add_rate_options(command, arguments);
   command->add_flag("--realtime", arguments->realtime,
                     "Feed no faster than the audio plays");
   command
       ->add_option("--chunk-ms", arguments->chunk_ms,
-                   "Audio in one append, 1 to 1000 [20]")
+                   "Audio in one append, 1 to 1000 [as it comes]")
       ->type_name("MS")
       ->check(within(1, 1000));
-  command->callback([arguments] { check_usage(*arguments); });
+  command->add_flag("--force", arguments->force,
+                    "Do what is refused for its format");
+  command->callback(
+      [arguments, has_capture] { check_usage(*arguments, has_capture); });
 }
 
 CLI::App* add_record(CLI::App* app, TakeArguments* arguments) {
   CLI::App* command = app->add_subcommand("record", "Record a new take");
   add_file(command, "OUT.aac", "The capture to write", &arguments->output);
-  add_take_options(command, arguments);
+  add_take_options(command, false, arguments);
   command->footer(kRecordNotes);
   return command;
 }
@@ -139,7 +185,7 @@ CLI::App* add_resume(CLI::App* app, TakeArguments* arguments) {
   CLI::App* command =
       app->add_subcommand("resume", "Continue an interrupted take");
   add_file(command, "OUT.aac", "The capture to continue", &arguments->output);
-  add_take_options(command, arguments);
+  add_take_options(command, true, arguments);
   command->footer(kResumeNotes);
   return command;
 }
@@ -183,6 +229,9 @@ std::optional<CommandLine> parse_command_line(int argc, char** argv,
   const CLI::App* resume = add_resume(&app, &line.take);
   const CLI::App* finalize = add_finalize(&app, &line.capture);
   add_repair_wav(&app, &line.repair_wav);
+  for (CLI::App* command : app.get_subcommands({})) {
+    add_verbosity(command, &line.verbosity);
+  }
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {

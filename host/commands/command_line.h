@@ -8,6 +8,7 @@
 
 #include "commands/repair_wav_command.h"
 #include "take/take_arguments.h"
+#include "terminal/console.h"
 
 namespace corvane {
 
@@ -17,6 +18,7 @@ struct CommandLine {
   Command command = Command::kRecord;
   TakeArguments take;   // of record and resume
   std::string capture;  // of finalize: a path
+  Verbosity verbosity = Verbosity::kNormal;
   RepairWavArguments repair_wav;
 };
 

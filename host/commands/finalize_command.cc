@@ -5,6 +5,7 @@
 #include <optional>
 
 #include "looks/capture_look.h"
+#include "take/capture_lock.h"
 #include "take/plugin_call.h"
 #include "terminal/exit_status.h"
 #include "terminal/json_output.h"
@@ -61,7 +62,7 @@ void report_failure(const std::string& path, const PluginError& error,
   const std::string advice = way_to_change(error, path);
   console->Complain(path + ": " + error.message +
                     (advice.empty() ? "" : "; " + advice));
-  console->Complain("the plugin's error: " + describe(error));
+  tell_in_full(error, console);
   const std::string next = next_step(
       path, "seal it again with: corvane finalize " + shell_word(path));
   if (!next.empty()) console->Complain(path + ": " + next);
@@ -81,6 +82,11 @@ bool print_figures(const Before& before, const SealedCapture& sealed,
 }  // namespace
 
 int run_finalize(const std::string& path, Console* console, LogOutput* log) {
+  CaptureLock lock;
+  if (const auto holder = lock.Take(path)) {
+    console->Complain(path + ": " + held_by(*holder));
+    return kExitFailed;
+  }
   Before before;
   PluginAnswer answer;
   {

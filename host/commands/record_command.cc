@@ -33,7 +33,16 @@ int run_record(const TakeArguments& arguments, Console* console,
     console->Complain(arguments.output + objection);
     return kExitFailed;
   }
-  return run_take(take_options_of(arguments), source.get(), console, log);
+  const std::string format_objection =
+      objection_to_format(arguments, source->format());
+  if (!format_objection.empty() &&
+      !is_overridden(arguments, source->name() + ": " + format_objection,
+                     console)) {
+    return kExitUsage;
+  }
+  CaptureLock lock;
+  return run_take(take_options_of(arguments, source->format()), source.get(),
+                  &lock, console, log);
 }
 
 }  // namespace corvane

@@ -3,6 +3,7 @@
 #include <optional>
 
 #include "looks/wav_look.h"
+#include "take/capture_lock.h"
 #include "take/plugin_call.h"
 #include "terminal/exit_status.h"
 #include "terminal/json_output.h"
@@ -107,7 +108,7 @@ int report_repair(const std::string& path, const PcmFormat& format,
   const RegularFile file(path);
   const WavStart after = file.Read(0, kWavHeaderSize);
   const Json changed = changes(before.start, after);
-  console->Complain(path + ": " + what_changed(before, after, changed));
+  console->Note(path + ": " + what_changed(before, after, changed));
   const int64_t data_bytes = file.size() - int64_t{kWavHeaderSize};
   const int64_t bytes_per_frame = int64_t{format.channels} * 2;
   Json json;
@@ -129,7 +130,7 @@ void report_failure(const std::string& path, const PcmFormat& format,
   const std::string advice = way_to_change(error, path);
   console->Complain(path + ": " + error.message +
                     (advice.empty() ? "" : "; " + advice));
-  console->Complain("the plugin's error: " + describe(error));
+  tell_in_full(error, console);
   console->Complain(path +
                     ": the audio behind the header is untouched; repair it "
                     "again with: corvane repair-wav " +
@@ -143,6 +144,11 @@ void report_failure(const std::string& path, const PcmFormat& format,
 int run_repair_wav(const RepairWavArguments& arguments, Console* console,
                    LogOutput* log) {
   const std::string& path = arguments.path;
+  CaptureLock lock;
+  if (const auto holder = lock.Take(path)) {
+    console->Complain(path + ": " + held_by(*holder));
+    return kExitFailed;
+  }
   const Before before = look_before(path);
   if (!before.error.empty()) {
     console->Complain(path + ": " + before.error);

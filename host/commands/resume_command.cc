@@ -43,45 +43,97 @@ bool is_same_format(const CaptureLook& look, const PcmFormat& format) {
          look.scan.sample_rate == format.sample_rate;
 }
 
-void warn_of_other_format(const std::string& path, const CaptureLook& look,
-                          const PcmFormat& format, Console* console) {
-  if (!look.format || is_same_format(look, format)) return;
+// Why the new audio doesn't belong behind the old, as a sentence; empty when it
+// does.
+std::string objection_to_mixture(const std::string& path,
+                                 const CaptureLook& look,
+                                 const PcmFormat& format) {
+  if (!look.format || is_same_format(look, format)) return "";
   std::string old = channels_at(*look.format);
   if (look.scan.sample_rate != look.format->sample_rate) {
     old += " (the last at " + std::to_string(look.scan.sample_rate) + " Hz)";
   }
-  console->Complain(path + ": warning: its frames are " + old +
-                    ", the new audio is " + channels_at(format) +
-                    "; many players go by the first frame alone, and the "
-                    "duration will be computed with the last one's rate");
+  return path + ": its frames are " + old + ", the new audio is " +
+         channels_at(format) +
+         "; many players go by the first frame alone, and the duration would "
+         "be computed with the last one's rate";
 }
 
 KeptAudio kept_audio(const CaptureLook& look) {
-  return {look.scan.DurationMs(), look.scan.stream_end, look.torn_bytes()};
+  return {look.scan.DurationMs(), look.scan.stream_end, look.torn_bytes(),
+          look.scan.sample_rate};
 }
 
-}  // namespace
+// Raw PCM says nothing of itself: what -r and -c leave open is the capture's.
+TakeArguments completed(TakeArguments arguments, const CaptureLook& look) {
+  if (arguments.input != "-" || !look.format) return arguments;
+  if (arguments.sample_rate == 0) {
+    arguments.sample_rate = look.format->sample_rate;
+  }
+  if (arguments.channels == 0) arguments.channels = look.format->channels;
+  return arguments;
+}
 
-int run_resume(const TakeArguments& arguments, Console* console,
-               LogOutput* log) {
-  int status = kExitDone;
-  const auto source = open_source(arguments, console, &status);
-  if (source == nullptr) return status;
-  const std::string& path = arguments.output;
+bool is_format_open(const TakeArguments& arguments) {
+  return arguments.input == "-" &&
+         (arguments.sample_rate == 0 || arguments.channels == 0);
+}
+
+// The first objection that is not overridden ends it.
+bool may_go_on(const TakeArguments& arguments, const CaptureLook& look,
+               const AudioSource& source, Console* console) {
+  const PcmFormat format = source.format();
+  const std::string useless = objection_to_format(arguments, format);
+  const std::string objections[] = {
+      objection_to_mixture(arguments.output, look, format),
+      useless.empty() ? "" : source.name() + ": " + useless};
+  for (const std::string& objection : objections) {
+    if (!objection.empty() && !is_overridden(arguments, objection, console)) {
+      return false;
+    }
+  }
+  return true;
+}
+
+CaptureLook look_and_tell(const std::string& path, Console* console) {
   CaptureLook look;
   {
     const WaitingLine waiting(console, "looking at the capture");
     look = look_at_capture(path);
   }
-  if (!look.error.empty()) {
+  if (look.error.empty()) {
+    console->Note(path + ": " + found(look));
+  } else {
     complain(path, look, console);
+  }
+  return look;
+}
+
+}  // namespace
+
+int run_resume(const TakeArguments& given, Console* console, LogOutput* log) {
+  const std::string& path = given.output;
+  CaptureLock lock;
+  if (const auto holder = lock.Take(path)) {
+    console->Complain(path + ": " + held_by(*holder));
     return kExitFailed;
   }
-  console->Complain(path + ": " + found(look));
-  warn_of_other_format(path, look, source->format(), console);
-  TakeOptions options = take_options_of(arguments);
+  const CaptureLook look = look_and_tell(path, console);
+  if (!look.error.empty()) return kExitFailed;
+  const TakeArguments arguments = completed(given, look);
+  if (is_format_open(arguments)) {
+    console->Complain(path +
+                      ": it doesn't tell the rate and channels of raw audio; "
+                      "name them, as in -r 48000 -c 1");
+    return kExitUsage;
+  }
+  int status = kExitDone;
+  const auto source = open_source(arguments, console, &status);
+  if (source == nullptr) return status;
+  if (!may_go_on(arguments, look, *source, console)) return kExitUsage;
+  TakeOptions options = take_options_of(arguments, source->format());
   options.kept = kept_audio(look);
-  return run_take(options, source.get(), console, log);
+  return run_take(options, source.get(), &lock, console, log);
 }
 
 }  // namespace corvane

@@ -66,6 +66,18 @@ std::optional<SealedCapture> sealed_capture_in(FlMethodResponse* response) {
   return capture;
 }
 
+// A path stands before the figures and may hold anything, so the last counts.
+std::optional<int64_t> figure_in(const std::string& line,
+                                 const std::string& name) {
+  const size_t at = line.rfind(" " + name + "=");
+  if (at == std::string::npos) return std::nullopt;
+  const char* const digits = line.c_str() + at + name.size() + 2;
+  gchar* end = nullptr;
+  const gint64 figure = g_ascii_strtoll(digits, &end, 10);
+  if (end == digits) return std::nullopt;
+  return figure;
+}
+
 std::string describe(const PluginError& error) {
   const std::string native_code =
       error.native_code ? std::to_string(*error.native_code) : "none";

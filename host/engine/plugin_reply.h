@@ -26,6 +26,8 @@ struct SealedCapture {
   int64_t bytes = 0;
   int64_t source_duration_ms = 0;
   int64_t dropped_append_bytes = 0;
+  // Foreign bytes between the frames: the log alone tells of them.
+  std::optional<int64_t> skipped_bytes;
 };
 
 // The error in an answer, or nothing when it is a success. A method that the
@@ -34,6 +36,10 @@ std::optional<PluginError> error_in(FlMethodResponse* response);
 
 // The figures in an answer, or nothing when it has none.
 std::optional<SealedCapture> sealed_capture_in(FlMethodResponse* response);
+
+// The figure of that name in a log line of the plugin, as in " name=12".
+std::optional<int64_t> figure_in(const std::string& line,
+                                 const std::string& name);
 
 // Every field of the error in one line.
 std::string describe(const PluginError& error);

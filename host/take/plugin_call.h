@@ -18,7 +18,9 @@ struct PluginAnswer {
 };
 
 // Brings the log lines of the plugin on `engine` to `log`, which outlives it.
-void show_log_lines(Engine* engine, LogOutput* log);
+// What a seal skipped goes to `skipped_bytes`, which may be NULL.
+void show_log_lines(Engine* engine, LogOutput* log,
+                    std::optional<int64_t>* skipped_bytes = nullptr);
 
 // Calls `method` with `args` (transfer none) on an engine of its own, from
 // start to shutdown. All log lines are written by the time it returns.

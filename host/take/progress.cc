@@ -41,13 +41,21 @@ std::string bar(double share, size_t width) {
          "]";
 }
 
+// Live sound comes every few milliseconds.
+constexpr double kStallS = 2;
+
+std::string stall(double silent_s) {
+  return "no audio for " + clock_time(silent_s);
+}
+
 // The figures in the order in which a narrow terminal gives them up, the last
 // one first.
 std::vector<std::string> pieces_of(const ProgressFigures& figures,
                                    double speed) {
-  std::vector<std::string> pieces = {clock_time(figures.audio_s),
-                                     file_size(figures.bytes),
-                                     format("%.1fx", speed)};
+  std::vector<std::string> pieces = {clock_time(figures.audio_s)};
+  if (figures.silent_s >= kStallS) pieces.push_back(stall(figures.silent_s));
+  pieces.push_back(file_size(figures.bytes));
+  pieces.push_back(format("%.1fx", speed));
   if (figures.total_s && speed > 0) {
     const double left_s =
         std::max(0.0, *figures.total_s - figures.audio_s) / speed;
@@ -60,6 +68,12 @@ std::vector<std::string> pieces_of(const ProgressFigures& figures,
 
 std::string format_progress(const ProgressFigures& figures, int columns) {
   const auto room = static_cast<size_t>(std::max(columns - 1, 0));
+  if (!figures.has_begun) {
+    const std::string line = figures.silent_s < kStallS
+                                 ? "waiting for audio"
+                                 : stall(figures.silent_s);
+    return line.substr(0, room);
+  }
   const double speed =
       figures.elapsed_s > 0 ? figures.audio_s / figures.elapsed_s : 0;
   const std::string gap = columns < kWideColumns ? " " : "  ";
@@ -87,13 +101,20 @@ Progress::Progress(Console* console, std::string capture_path, int sample_rate,
 
 Progress::~Progress() { console_->Live(""); }
 
-void Progress::Update(int64_t recorded_frames) {
-  if (!console_->has_live_line()) return;
+void Progress::Begin() {
+  has_begun_ = true;
+  start_us_ = g_get_monotonic_time();
+}
+
+void Progress::Update(int64_t recorded_frames, int64_t silent_us) {
+  if (!is_shown()) return;
   const int64_t now_us = g_get_monotonic_time();
   if (now_us < next_draw_us_) return;
   next_draw_us_ = now_us + kDrawIntervalUs;
 
   ProgressFigures figures;
+  figures.has_begun = has_begun_;
+  figures.silent_s = static_cast<double>(silent_us) / 1e6;
   const double rate = sample_rate_;
   figures.audio_s = static_cast<double>(recorded_frames) / rate;
   if (total_frames_) {

@@ -1,5 +1,5 @@
 // The live line of a take: how much audio, how large, how fast, and where the
-// length is known, how long it will take.
+// length is known, how long it will take; or that nothing comes.
 #ifndef CORVANE_HOST_TAKE_PROGRESS_H_
 #define CORVANE_HOST_TAKE_PROGRESS_H_
 
@@ -12,6 +12,8 @@
 namespace corvane {
 
 struct ProgressFigures {
+  bool has_begun = false;         // the first audio has come
+  double silent_s = 0;            // since audio came, while it is waited for
   double audio_s = 0;             // recorded so far
   std::optional<double> total_s;  // the whole input, where it is known
   int64_t bytes = 0;              // the capture's size
@@ -33,15 +35,23 @@ class Progress {
   Progress(const Progress&) = delete;
   Progress& operator=(const Progress&) = delete;
 
+  // Whether there is a line to update.
+  bool is_shown() const { return console_->has_live_line(); }
+
+  // The first audio has come, and the clock runs from now on.
+  void Begin();
+
   // Redraws, at most ten times a second; cheap when there is nothing to draw.
-  void Update(int64_t recorded_frames);
+  // `silent_us` is how long audio has been waited for by now.
+  void Update(int64_t recorded_frames, int64_t silent_us);
 
  private:
   Console* const console_;
   const std::string capture_path_;
   const int sample_rate_;
   const std::optional<int64_t> total_frames_;
-  const int64_t start_us_;
+  bool has_begun_ = false;
+  int64_t start_us_;
   int64_t next_draw_us_;
 };
 

@@ -1,177 +1,158 @@
 #include "take/recorder.h"
 
-#include <glib-unix.h>
-#include <poll.h>
+#include <fcntl.h>
+#include <unistd.h>
 
-#include <algorithm>
+#include <filesystem>
+#include <system_error>
 #include <utility>
+
+#include "engine/file_descriptor.h"
+#include "engine/loop_event.h"
+#include "take/rescue.h"
 
 namespace corvane {
 namespace {
 
-// One event of the main loop, taken off it again when this goes.
-class WakeUp {
- public:
-  static WakeUp Readable(int fd) {
-    const auto conditions =
-        static_cast<GIOCondition>(G_IO_IN | G_IO_HUP | G_IO_ERR | G_IO_NVAL);
-    return WakeUp(g_unix_fd_source_new(fd, conditions));
-  }
-  static WakeUp At(int64_t monotonic_us) {
-    GSource* source = g_timeout_source_new(0);
-    g_source_set_ready_time(source, monotonic_us);
-    return WakeUp(source);
-  }
-  WakeUp(const WakeUp&) = delete;
-  WakeUp& operator=(const WakeUp&) = delete;
-  ~WakeUp() {
-    g_source_destroy(source_);
-    g_source_unref(source_);
-  }
+// A removed file can be synced without an error, so it has to be looked for.
+constexpr guint kWatchIntervalMs = 1000;
 
-  // Destroyed by the main loop once it has come.
-  bool has_come() const { return g_source_is_destroyed(source_) != FALSE; }
-
- private:
-  explicit WakeUp(GSource* source) : source_(source) {
-    // Its coming is all that counts: any callback that returns FALSE does.
-    g_source_set_callback(
-        source_, [](gpointer) -> gboolean { return G_SOURCE_REMOVE; }, nullptr,
-        nullptr);
-    g_source_attach(source_, nullptr);
-  }
-
-  GSource* const source_;
-};
-
-bool is_readable(int fd) {
-  pollfd entry = {fd, POLLIN, 0};
-  return poll(&entry, 1, 0) > 0;
+std::string absolute(const std::string& path) {
+  std::error_code error;
+  const std::string found = std::filesystem::absolute(path, error).string();
+  return error ? path : found;
 }
 
-size_t chunk_size(const PcmFormat& format, int chunk_ms) {
-  const int64_t frames =
-      static_cast<int64_t>(format.sample_rate) * chunk_ms / 1000;
-  return static_cast<size_t>(std::max<int64_t>(frames, 1)) *
-         format.bytes_per_frame();
+// A new name is durable once its folder is. Where that fails, the first flush
+// or the seal meets the same disk, and says so.
+void sync_folder_of(const std::string& path) {
+  const std::string folder = std::filesystem::path(path).parent_path().string();
+  const FileDescriptor opened(
+      open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  if (opened.is_open()) fsync(opened.get());
 }
 
 }  // namespace
 
 Recorder::Recorder(Engine* engine, AudioSource* source, TakeOptions options,
-                   Progress* progress)
+                   CaptureLock* lock, Progress* progress)
     : engine_(engine),
       source_(source),
       options_(std::move(options)),
+      absolute_path_(absolute(options_.capture_path)),
+      lock_(lock),
       progress_(progress),
-      bytes_per_frame_(source->format().bytes_per_frame()),
-      chunk_(chunk_size(source->format(), options_.chunk_ms)) {}
+      flushes_(engine, options_.flush_every_us, &ending_),
+      feeder_(engine, source, options_.feed, &ending_, &flushes_, progress) {}
 
 TakeResult Recorder::Run() {
-  Start();
-  if (!result_.started) return std::move(result_);
-  Feed();
-  Seal();
-  const auto bytes_per_frame = static_cast<int64_t>(bytes_per_frame_);
-  result_.frames = sent_bytes_ / bytes_per_frame;
-  result_.leftover_bytes = sent_bytes_ % bytes_per_frame;
+  if (feeder_.AwaitAudio() && Start()) {
+    const int64_t start_us = g_get_monotonic_time();
+    if (progress_ != nullptr) progress_->Begin();
+    flushes_.Begin();
+    {
+      const LoopEvent watch =
+          LoopEvent::Every(kWatchIntervalMs, [this] { WatchTheFile(); });
+      feeder_.Run();
+    }
+    Seal();
+    result_.wall_us = g_get_monotonic_time() - start_us;
+  }
+  const auto bytes_per_frame =
+      static_cast<int64_t>(source_->format().bytes_per_frame());
+  result_.end = ending_.end();
+  result_.error = ending_.error();
+  result_.frames = feeder_.sent_bytes() / bytes_per_frame;
+  result_.leftover_bytes = feeder_.sent_bytes() % bytes_per_frame;
+  result_.longest_gap_us = feeder_.longest_gap_us();
+  result_.flushes = flushes_.figures();
   return std::move(result_);
 }
 
-void Recorder::Stop() {
-  if (ended_) return;
-  ended_ = true;
-  result_.stopped = true;
+void Recorder::Stop(TakeEnd why) { ending_.Come(why); }
+
+// "start" moves what is there, so whoever is at work on it is asked for before.
+bool Recorder::Start() {
+  if (!lock_->is_open()) {
+    result_.holder = holder_of(options_.capture_path);
+    if (result_.holder) return false;
+  }
+  g_autoptr(FlValue) args = ArgsWith(options_.capture_path);
+  fl_value_set_string_take(args, "bitRate",
+                           fl_value_new_int(options_.bit_rate));
+  Ask(options_.kept ? "resumePath" : "start", args);
+  if (ending_.error()) return false;
+  result_.started = true;
+  if (Claim()) return true;
+  Ask("cancel", nullptr);
+  result_.started = false;
+  return false;
 }
 
-void Recorder::Start() {
+// Another program may have started at the same moment: then the file at the
+// path is its own, or one that it was faster to lock. Nothing is in ours yet.
+bool Recorder::Claim() {
+  const std::string& path = options_.capture_path;
+  if (!lock_->is_open()) result_.holder = lock_->Take(path);
+  if (!result_.holder && lock_->is_open() &&
+      !(lock_->IsAt(path) && lock_->IsOpenElsewhereHere())) {
+    result_.holder = CaptureHolder();
+  }
+  if (result_.holder) return false;
+  sync_folder_of(absolute_path_);
+  return true;
+}
+
+void Recorder::WatchTheFile() {
+  if (lock_->is_open() && lock_->IsRemoved()) Stop(TakeEnd::kRemoved);
+}
+
+// Answers come in call order, so every append is answered by then. "stop" seals
+// what is at the path, which must be this take's.
+void Recorder::Seal() {
+  if (!lock_->is_open() || lock_->IsAt(absolute_path_)) {
+    result_.sealed = Ask("stop", nullptr);
+    return;
+  }
+  Ask("cancel", nullptr);  // writes what the codec still holds
+  result_.moved_to = SaveElsewhere();
+  if (result_.moved_to.empty()) return;
+  g_autoptr(FlValue) args = ArgsWith(result_.moved_to);
+  fl_value_set_string_take(args, "outputPath",
+                           fl_value_new_string(result_.moved_to.c_str()));
+  result_.sealed = Ask("finalizePath", args);
+}
+
+std::string Recorder::SaveElsewhere() {
+  if (!lock_->IsRemoved()) return lock_->CurrentName();
+  ending_.Come(TakeEnd::kRemoved);
+  const Rescue rescue = rescue_removed(lock_->fd(), absolute_path_);
+  result_.loss = rescue.error;
+  return rescue.path;
+}
+
+std::optional<SealedCapture> Recorder::Ask(const char* method, FlValue* args) {
+  bool answered = false;
+  std::optional<SealedCapture> sealed;
+  engine_->Invoke(method, args, [&](FlMethodResponse* response) {
+    answered = true;
+    sealed = sealed_capture_in(response);
+    ending_.Fail(error_in(response));
+  });
+  engine_->IterateUntil([&] { return answered; });
+  return sealed;
+}
+
+// The format is asked for by every method that opens a capture.
+FlValue* Recorder::ArgsWith(const std::string& path) const {
   const PcmFormat format = source_->format();
-  g_autoptr(FlValue) args = fl_value_new_map();
+  FlValue* args = fl_value_new_map();
   fl_value_set_string_take(args, "capturePath",
-                           fl_value_new_string(options_.capture_path.c_str()));
+                           fl_value_new_string(path.c_str()));
   fl_value_set_string_take(args, "sampleRate",
                            fl_value_new_int(format.sample_rate));
   fl_value_set_string_take(args, "channels", fl_value_new_int(format.channels));
-  if (options_.bit_rate) {
-    fl_value_set_string_take(args, "bitRate",
-                             fl_value_new_int(*options_.bit_rate));
-  }
-  bool answered = false;
-  const char* const method = options_.kept ? "resumePath" : "start";
-  engine_->Invoke(method, args, [&](FlMethodResponse* response) {
-    answered = true;
-    result_.error = error_in(response);
-  });
-  engine_->IterateUntil([&] { return answered; });
-  result_.started = !result_.error;
-  start_us_ = g_get_monotonic_time();
-}
-
-void Recorder::Feed() {
-  while (!ended_) {
-    WaitForRoom();
-    if (options_.realtime) WaitForTime();
-    WaitForInput();
-    if (!ended_) AppendChunk();
-  }
-}
-
-void Recorder::WaitForRoom() {
-  engine_->IterateUntil(
-      [this] { return ended_ || unanswered_ < kMaxUnanswered; });
-}
-
-void Recorder::WaitForTime() {
-  const int64_t sent_frames =
-      sent_bytes_ / static_cast<int64_t>(bytes_per_frame_);
-  const WakeUp due = WakeUp::At(start_us_ + sent_frames * G_USEC_PER_SEC /
-                                                source_->format().sample_rate);
-  engine_->IterateUntil([&] { return ended_ || due.has_come(); });
-}
-
-// Waits in the main loop, so that a signal gets through while no audio comes.
-void Recorder::WaitForInput() {
-  const int fd = source_->wait_fd();
-  if (ended_ || fd < 0 || is_readable(fd)) return;
-  const WakeUp readable = WakeUp::Readable(fd);
-  engine_->IterateUntil([&] { return ended_ || readable.has_come(); });
-}
-
-void Recorder::AppendChunk() {
-  const size_t size = source_->Read(chunk_.data(), chunk_.size());
-  if (size == 0) {
-    ended_ = true;
-    return;
-  }
-  g_autoptr(FlValue) pcm = fl_value_new_uint8_list(chunk_.data(), size);
-  sent_bytes_ += static_cast<int64_t>(size);
-  ++unanswered_;
-  engine_->Invoke("append", pcm, [this, size](FlMethodResponse* response) {
-    OnAppended(size, response);
-  });
-}
-
-void Recorder::OnAppended(size_t size, FlMethodResponse* response) {
-  --unanswered_;
-  answered_bytes_ += static_cast<int64_t>(size);
-  if (auto error = error_in(response); error && !result_.error) {
-    result_.error = std::move(error);
-    ended_ = true;
-  }
-  if (progress_ != nullptr) {
-    progress_->Update(answered_bytes_ / static_cast<int64_t>(bytes_per_frame_));
-  }
-}
-
-// Answers come in call order, so every append is answered by then.
-void Recorder::Seal() {
-  bool answered = false;
-  engine_->Invoke("stop", nullptr, [&](FlMethodResponse* response) {
-    answered = true;
-    result_.sealed = sealed_capture_in(response);
-    if (!result_.error) result_.error = error_in(response);
-  });
-  engine_->IterateUntil([&] { return answered; });
+  return args;
 }
 
 }  // namespace corvane

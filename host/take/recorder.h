@@ -5,80 +5,86 @@
 #include <cstdint>
 #include <optional>
 #include <string>
-#include <vector>
 
 #include "audio/audio_source.h"
 #include "engine/engine.h"
 #include "engine/plugin_reply.h"
+#include "take/capture_lock.h"
+#include "take/ending.h"
+#include "take/feeder.h"
+#include "take/flush_clock.h"
 #include "take/progress.h"
 
 namespace corvane {
-
-// How many appends may wait for their answers. The plugin's queue has no bound
-// of its own, so whoever feeds it has to keep one.
-constexpr int kMaxUnanswered = 64;
 
 // What a resumed capture held before.
 struct KeptAudio {
   int64_t duration_ms = 0;
   int64_t bytes = 0;       // up to where the new frames begin
   int64_t torn_bytes = 0;  // behind them, cut off
+  int sample_rate = 0;     // Hz, of its last whole frame; 0 without one
 };
 
 struct TakeOptions {
-  std::string capture_path;         // goes to the plugin as it is
-  std::optional<int64_t> bit_rate;  // bit/s; the plugin's default if absent
-  int chunk_ms = 20;                // audio in one append, 1 or more
-  bool realtime = false;            // no faster than the audio plays
+  std::string capture_path;  // goes to the plugin as it is
+  int64_t bit_rate = 64000;  // bit/s
+  FeedOptions feed;
+  int64_t flush_every_us = 0;  // 0: never
   // Of a take that goes on in a capture; nothing for a new one.
   std::optional<KeptAudio> kept;
 };
 
 struct TakeResult {
   bool started = false;
-  bool stopped = false;              // by Stop(), before the source's end
-  int64_t frames = 0;                // whole sample frames handed over
-  int64_t leftover_bytes = 0;        // of an incomplete last sample frame
-  std::optional<PluginError> error;  // the plugin's first
+  TakeEnd end = TakeEnd::kNone;
+  int64_t frames = 0;          // whole sample frames handed over
+  int64_t leftover_bytes = 0;  // of an incomplete last sample frame
+  int64_t longest_gap_us = 0;  // in which no audio came
+  int64_t wall_us = 0;         // from the start to the seal
+  FlushFigures flushes;
+  std::optional<CaptureHolder> holder;  // why it was not begun, or given up
+  std::optional<PluginError> error;     // the plugin's first
+  // Where the capture went while it was written; empty: it stayed.
+  std::string moved_to;
+  std::string loss;  // why a removed capture could not be saved, as a clause
   std::optional<SealedCapture> sealed;
 };
 
 class Recorder {
  public:
-  // All pointers are borrowed; `progress` may be NULL.
+  // All pointers are borrowed; `progress` may be NULL. `lock` holds the capture
+  // that a take goes on in; that of a new one it takes at the start.
   Recorder(Engine* engine, AudioSource* source, TakeOptions options,
-           Progress* progress);
+           CaptureLock* lock, Progress* progress);
 
-  // Runs the whole take on the main context. The first append that fails ends
-  // it, because going on after a failed write would bury a torn frame in the
+  // Runs the whole take on the main context. Nothing is touched before the
+  // first audio is there. The first append or flush that fails ends the take,
+  // because going on after a failed write would bury a torn frame in the
   // capture. Whatever ended it, a take that started is stopped and sealed.
   TakeResult Run();
 
   // Ends a running take from within the main context, as at the source's end.
-  void Stop();
+  void Stop(TakeEnd why);
 
  private:
-  void Start();
-  void Feed();
+  bool Start();
+  bool Claim();
+  void WatchTheFile();
   void Seal();
-  void WaitForRoom();
-  void WaitForInput();
-  void WaitForTime();
-  void AppendChunk();
-  void OnAppended(size_t size, FlMethodResponse* response);
+  std::string SaveElsewhere();
+  std::optional<SealedCapture> Ask(const char* method, FlValue* args);
+  FlValue* ArgsWith(const std::string& path) const;
 
   Engine* const engine_;
   AudioSource* const source_;
   const TakeOptions options_;
+  const std::string absolute_path_;
+  CaptureLock* const lock_;
   Progress* const progress_;
-  const size_t bytes_per_frame_;
-  std::vector<uint8_t> chunk_;
   TakeResult result_;
-  bool ended_ = false;
-  int unanswered_ = 0;
-  int64_t sent_bytes_ = 0;
-  int64_t answered_bytes_ = 0;
-  int64_t start_us_ = 0;
+  Ending ending_;
+  FlushClock flushes_;
+  Feeder feeder_;
 };
 
 }  // namespace corvane

@@ -9,11 +9,12 @@
 
 namespace corvane {
 
-// Records all of `source`, or until SIGINT or SIGTERM, with progress and log on
-// the console; prints the figures as JSON on standard output, and what went
-// wrong on the console. Returns the exit status.
-int run_take(const TakeOptions& options, AudioSource* source, Console* console,
-             LogOutput* log);
+// Records all of `source`, or until SIGINT, SIGTERM or SIGHUP, with progress
+// and log on the console; prints the figures as JSON on standard output, and
+// what went wrong on the console. Returns the exit status. `lock` is as for
+// Recorder.
+int run_take(const TakeOptions& options, AudioSource* source, CaptureLock* lock,
+             Console* console, LogOutput* log);
 
 }  // namespace corvane
 

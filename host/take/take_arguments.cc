@@ -7,6 +7,9 @@
 namespace corvane {
 namespace {
 
+constexpr int kUnplayableChannels = 3;
+constexpr int64_t kLeastBitRate = 8000;  // bit/s a channel
+
 // Empty unless -r or -c contradict what the file itself says.
 std::string contradiction(const TakeArguments& arguments,
                           const PcmFormat& format) {
@@ -41,12 +44,45 @@ std::unique_ptr<AudioSource> open_source(const TakeArguments& arguments,
   return nullptr;
 }
 
-TakeOptions take_options_of(const TakeArguments& arguments) {
+int64_t bit_rate_of(const TakeArguments& arguments, int channels) {
+  if (arguments.bit_rate) return *arguments.bit_rate;
+  if (channels <= 2) return 64000;
+  return channels <= 4 ? 128000 : 192000;
+}
+
+std::string objection_to_format(const TakeArguments& arguments,
+                                const PcmFormat& format) {
+  if (format.channels == kUnplayableChannels) {
+    return "ADTS has no way to say how three channels are laid out, so no "
+           "player could play them; record 4 channels with one silent, or 2";
+  }
+  const int64_t bit_rate = bit_rate_of(arguments, format.channels);
+  if (bit_rate >= kLeastBitRate * format.channels) return "";
+  std::string question;
+  if (bit_rate * 1000 >= kLeastBitRate * format.channels) {
+    question = "; was " + std::to_string(bit_rate * 1000) + " meant (-b " +
+               std::to_string(bit_rate) + "k)?";
+  }
+  return std::to_string(bit_rate) + " bit/s would ruin the take: below " +
+         std::to_string(kLeastBitRate) + " bit/s a channel no speech is left" +
+         question;
+}
+
+bool is_overridden(const TakeArguments& arguments, const std::string& objection,
+                   Console* console) {
+  console->Complain(objection + (arguments.force
+                                     ? "; done all the same (--force)"
+                                     : "; --force does it all the same"));
+  return arguments.force;
+}
+
+TakeOptions take_options_of(const TakeArguments& arguments,
+                            const PcmFormat& format) {
   TakeOptions options;
   options.capture_path = arguments.output;
-  options.bit_rate = arguments.bit_rate;
-  options.chunk_ms = arguments.chunk_ms;
-  options.realtime = arguments.realtime;
+  options.bit_rate = bit_rate_of(arguments, format.channels);
+  options.feed = {arguments.chunk_ms, arguments.realtime};
+  options.flush_every_us = static_cast<int64_t>(arguments.flush_every_s * 1e6);
   return options;
 }
 

@@ -19,17 +19,33 @@ struct TakeArguments {
   std::string input = "-";  // a file, or "-" for raw PCM on standard input
   int sample_rate = 0;      // Hz; 0 when not given
   int channels = 0;         // 0 when not given
-  std::optional<int64_t> bit_rate;
+  std::optional<int64_t> bit_rate;  // bit/s
   bool realtime = false;
-  int chunk_ms = 20;
+  std::optional<int> chunk_ms;
+  double flush_every_s = 1;  // 0: never
+  bool force = false;        // do what is refused
 };
+
+// The bit rate that -b asks for; without it one that suits the channels.
+int64_t bit_rate_of(const TakeArguments& arguments, int channels);
+
+// Why a take in this format would be of no use, as a sentence; empty when it
+// would.
+std::string objection_to_format(const TakeArguments& arguments,
+                                const PcmFormat& format);
+
+// Whether to go on in spite of an objection: with --force, which says so.
+// Without it the objection is a complaint.
+bool is_overridden(const TakeArguments& arguments, const std::string& objection,
+                   Console* console);
 
 // NULL, with the exit status in `status`, when the source cannot be had or
 // contradicts the options, which has then been said on the console.
 std::unique_ptr<AudioSource> open_source(const TakeArguments& arguments,
                                          Console* console, int* status);
 
-TakeOptions take_options_of(const TakeArguments& arguments);
+TakeOptions take_options_of(const TakeArguments& arguments,
+                            const PcmFormat& format);
 
 }  // namespace corvane
 

@@ -54,7 +54,7 @@ void Console::Line(std::string_view text) {
 }
 
 void Console::Live(std::string text) {
-  if (!has_live_line_) return;
+  if (!has_live_line()) return;
   const std::lock_guard<std::mutex> lock(mutex_);
   if (text.empty() && live_.empty()) return;
   live_ = std::move(text);

@@ -13,14 +13,29 @@ namespace corvane {
 // neither break a line nor steer the terminal.
 std::string printable(std::string_view text);
 
+// How much a command says beside its result.
+enum class Verbosity {
+  kQuiet,    // nothing but what went wrong
+  kNormal,   // what it does as well
+  kVerbose,  // every line of the plugin, and its errors in full
+};
+
 class Console {
  public:
   // `fd` is borrowed. What cannot be written to it is lost silently: there is
   // no place left to complain.
   explicit Console(int fd);
 
-  // Whether a live line can be shown: on a terminal that moves its cursor.
-  bool has_live_line() const { return has_live_line_; }
+  // kNormal until it is set, which is before anything is written.
+  void SetVerbosity(Verbosity verbosity) { verbosity_ = verbosity; }
+  Verbosity verbosity() const { return verbosity_; }
+  bool is_verbose() const { return verbosity_ == Verbosity::kVerbose; }
+
+  // Whether a live line is to be shown, and can be: on a terminal that moves
+  // its cursor.
+  bool has_live_line() const {
+    return has_live_line_ && verbosity_ != Verbosity::kQuiet;
+  }
 
   // The terminal's width at this moment, in columns; 80 when unknown.
   int Columns() const;
@@ -31,6 +46,11 @@ class Console {
   // The same for what the program itself has to say: its name goes before.
   void Complain(const std::string& sentence) { Line("corvane: " + sentence); }
 
+  // The same for what a user may like to know, and can do without.
+  void Note(const std::string& sentence) {
+    if (verbosity_ != Verbosity::kQuiet) Complain(sentence);
+  }
+
   // Replaces the live line; empty takes it away. `text` must fit the width.
   void Live(std::string text);
 
@@ -39,6 +59,7 @@ class Console {
 
   const int fd_;
   const bool has_live_line_;
+  Verbosity verbosity_ = Verbosity::kNormal;
   std::mutex mutex_;  // guards live_ and the order of what is written
   std::string live_;
 };

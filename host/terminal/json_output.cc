@@ -13,6 +13,7 @@ Json json_of(const SealedCapture& sealed) {
   json["bytes"] = sealed.bytes;
   json["sourceDurationMs"] = sealed.source_duration_ms;
   json["droppedAppendBytes"] = sealed.dropped_append_bytes;
+  if (sealed.skipped_bytes) json["skippedBytes"] = *sealed.skipped_bytes;
   return json;
 }
 

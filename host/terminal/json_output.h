@@ -12,7 +12,7 @@ namespace corvane {
 
 using Json = nlohmann::ordered_json;
 
-// The reply's five figures under their own names.
+// The reply's five figures under their own names, and what was skipped.
 Json json_of(const SealedCapture& sealed);
 
 // Writes `json` as one line. When that fails, says so on the console, with

@@ -46,6 +46,11 @@ void LogOutput::OnGlibMessage(GLogLevelFlags level, const GLogField* fields,
                         std::string(message.substr(kTag.size()))});
     return;
   }
+  if (domain == kLibavDomain) {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    waiting_.push_back({kLibavDomain, std::string(message)});
+    return;
+  }
   if (g_log_writer_default_would_drop(
           level, domain.empty() ? nullptr : domain.c_str())) {
     return;
@@ -80,10 +85,20 @@ void LogOutput::Flush() {
   }
   for (const Waiting& line : missed) WriteLine(line.level, line.message);
   WriteRepeats();
+  has_failed_ = false;
+}
+
+// Whoever called the plugin tells its user what failed; what is logged behind a
+// failure is its consequences.
+bool LogOutput::IsWanted(const std::string& level) {
+  if (console_->is_verbose()) return true;
+  has_failed_ = has_failed_ || level == "error";
+  return !has_failed_ && console_->verbosity() == Verbosity::kNormal;
 }
 
 void LogOutput::WriteLine(const std::string& level,
                           const std::string& message) {
+  if (!IsWanted(level)) return;
   std::string line = level + ": " + message;
   if (line == last_line_) {
     ++repeats_;

@@ -20,6 +20,9 @@ class LogOutput {
   // `console` is borrowed and must outlive this.
   explicit LogOutput(Console* console);
 
+  // The domain under which libav's own remarks come.
+  static constexpr char kLibavDomain[] = "libav";
+
   // Makes this GLib's only log writer, for the rest of the process (GLib takes
   // one writer and never lets go of it), so this must live as long. All of it
   // goes to the console, debug messages too, which GLib itself would put on
@@ -27,7 +30,8 @@ class LogOutput {
   void TakeOverGlib();
 
   // What GLib hands its writer. From any thread: a line of the plugin waits
-  // here for its event, anything else is written at once.
+  // here for its event, and one of libav for the next event, since it belongs
+  // between those of the plugin; anything else is written at once.
   void OnGlibMessage(GLogLevelFlags level, const GLogField* fields,
                      gsize field_count);
 
@@ -45,6 +49,7 @@ class LogOutput {
     std::string message;
   };
 
+  bool IsWanted(const std::string& level);
   void WriteLine(const std::string& level, const std::string& message);
   void WriteRepeats();
 
@@ -52,6 +57,7 @@ class LogOutput {
   std::mutex mutex_;  // guards waiting_
   std::deque<Waiting> waiting_;
   // Of the thread that takes the events.
+  bool has_failed_ = false;
   std::string last_line_;
   int repeats_ = 0;
 };

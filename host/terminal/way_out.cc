@@ -102,4 +102,9 @@ std::string way_out(const PluginError& error, const std::string& capture_path,
   return "move the file away, or name another one";
 }
 
+void tell_in_full(const PluginError& error, Console* console) {
+  if (!console->is_verbose()) return;
+  console->Complain("the plugin's error: " + describe(error));
+}
+
 }  // namespace corvane

@@ -6,6 +6,7 @@
 
 #include "audio/audio_source.h"
 #include "engine/plugin_reply.h"
+#include "terminal/console.h"
 
 namespace corvane {
 
@@ -20,6 +21,9 @@ std::string way_to_change(const PluginError& error, const std::string& path);
 
 // tone.wav becomes tone-converted.wav.
 std::string converted_name(const std::string& path);
+
+// Every field of the plugin's error, where the user has asked for that much.
+void tell_in_full(const PluginError& error, Console* console);
 
 }  // namespace corvane
 

@@ -1,27 +1,31 @@
-// The recorder against a plugin that answers when the test says so: a handler
-// in the real one's place.
+// The recorder against a plugin that answers when the test says so: how much
+// may be under way, and when it is flushed.
+#include <sys/eventfd.h>
+
 #include <gtest/gtest.h>
 
-#include <deque>
+#include <cstdio>
 
-#include "support/bytes.h"
+#include "host/slow_plugin.h"
+#include "support/files.h"
 #include "take/recorder.h"
 
 namespace corvane_test {
 namespace {
 
-using corvane::Engine;
+using corvane::FileDescriptor;
 using corvane::Recorder;
+using corvane::TakeEnd;
 using corvane::TakeOptions;
 using corvane::TakeResult;
 
-// One second of silence in memory.
+// Ten seconds of silence in memory, at 96000 bytes a second.
 class SilentSource : public corvane::AudioSource {
  public:
   corvane::PcmFormat format() const override { return {48000, 1}; }
   std::string name() const override { return "silence"; }
-  std::optional<int64_t> total_frames() const override { return 48000; }
-  int wait_fd() const override { return -1; }
+  std::optional<int64_t> total_frames() const override { return 480000; }
+  int wait_fd() const override { return readable_.get(); }
   std::string error() const override { return ""; }
   size_t Read(uint8_t* out, size_t size) override {
     const size_t got = std::min(size, left_);
@@ -30,115 +34,144 @@ class SilentSource : public corvane::AudioSource {
     return got;
   }
 
- private:
-  size_t left_ = 96000;
-};
-
-// Answers "start" and "stop" at once. Appends wait until the main loop has
-// nothing else to do: by then the recorder has sent all that it dares to. Then
-// one of them is answered.
-class SlowPlugin {
- public:
-  explicit SlowPlugin(Engine* engine) : engine_(engine) {
-    fl_binary_messenger_set_message_handler_on_channel(
-        engine->messenger(), "com.velka.corvane", OnMessage, this, nullptr);
-    idle_ = g_idle_add(OnIdle, this);
-  }
-  ~SlowPlugin() { g_source_remove(idle_); }
-
-  // The error that answers append number `n`, counted from 1.
-  void FailAppend(size_t n) { failing_append_ = n; }
-
-  size_t most_unanswered = 0;
-  size_t appends = 0;
-  std::vector<std::string> calls;  // all others
+  // From now on as a pipe that is never empty.
+  void BecomePipe() { readable_ = FileDescriptor(eventfd(1, EFD_CLOEXEC)); }
 
  private:
-  static void OnMessage(FlBinaryMessenger*, const gchar*, GBytes* message,
-                        FlBinaryMessengerResponseHandle* handle,
-                        gpointer data) {
-    auto* self = static_cast<SlowPlugin*>(data);
-    g_autoptr(FlStandardMethodCodec) codec = fl_standard_method_codec_new();
-    g_autofree gchar* name = nullptr;
-    g_autoptr(FlValue) args = nullptr;
-    FL_METHOD_CODEC_GET_CLASS(codec)->decode_method_call(
-        FL_METHOD_CODEC(codec), message, &name, &args, nullptr);
-    if (!g_str_equal(name, "append")) {
-      self->calls.emplace_back(name);
-      while (!self->waiting_.empty()) self->AnswerOldest();
-      self->Answer(handle, false);
-      return;
-    }
-    ++self->appends;
-    self->waiting_.push_back(
-        FL_BINARY_MESSENGER_RESPONSE_HANDLE(g_object_ref(handle)));
-    self->most_unanswered =
-        std::max(self->most_unanswered, self->waiting_.size());
-  }
-
-  static gboolean OnIdle(gpointer data) {
-    auto* self = static_cast<SlowPlugin*>(data);
-    if (!self->waiting_.empty()) self->AnswerOldest();
-    return G_SOURCE_CONTINUE;
-  }
-
-  void AnswerOldest() {
-    g_autoptr(FlBinaryMessengerResponseHandle) handle = waiting_.front();
-    waiting_.pop_front();
-    Answer(handle, ++answered_ == failing_append_);
-  }
-
-  void Answer(FlBinaryMessengerResponseHandle* handle, bool fails) {
-    g_autoptr(FlStandardMethodCodec) codec = fl_standard_method_codec_new();
-    auto* functions = FL_METHOD_CODEC_GET_CLASS(codec);
-    g_autoptr(GBytes) reply =
-        fails ? functions->encode_error_envelope(FL_METHOD_CODEC(codec),
-                                                 "WRITE_FAILED", "no room",
-                                                 nullptr, nullptr)
-              : functions->encode_success_envelope(FL_METHOD_CODEC(codec),
-                                                   nullptr, nullptr);
-    fl_binary_messenger_send_response(engine_->messenger(), handle, reply,
-                                      nullptr);
-  }
-
-  Engine* const engine_;
-  guint idle_ = 0;
-  size_t failing_append_ = 0;
-  size_t answered_ = 0;
-  std::deque<FlBinaryMessengerResponseHandle*> waiting_;
+  FileDescriptor readable_;
+  size_t left_ = 960000;
 };
 
 class BackPressureTest : public ::testing::Test {
  protected:
-  TakeResult Record() {
-    TakeOptions options;
-    options.capture_path = "take.aac";
-    options.chunk_ms = 5;
-    return Recorder(&engine_, &source_, options, nullptr).Run();
+  TakeResult Record(const TakeOptions& options) {
+    return Recorder(&engine_, &source_, options, &lock_, nullptr).Run();
   }
 
-  Engine engine_;
+  static TakeOptions InChunksOf(int ms) {
+    TakeOptions options;
+    options.capture_path = "take.aac";
+    options.feed.chunk_ms = ms;
+    return options;
+  }
+
+  corvane::Engine engine_;
   SlowPlugin plugin_{&engine_};
   SilentSource source_;
+  corvane::CaptureLock lock_;
 };
 
-TEST_F(BackPressureTest, NeverMoreThanSixtyFourAppendsAreUnanswered) {
-  const TakeResult take = Record();
-  EXPECT_EQ(plugin_.most_unanswered, 64U);
-  EXPECT_EQ(plugin_.appends, 200U);
-  EXPECT_EQ(take.frames, 48000);
+TEST_F(BackPressureTest, AtFullSpeedHalfAMebibyteAndAChunkAreUnanswered) {
+  TakeOptions options;
+  options.capture_path = "take.aac";
+  const TakeResult take = Record(options);
+  EXPECT_GE(plugin_.most_unanswered_bytes, 512U * 1024);
+  EXPECT_LE(plugin_.most_unanswered_bytes, 512U * 1024 + 96000);
+  EXPECT_EQ(plugin_.appends, 10U);
+  EXPECT_EQ(take.frames, 480000);
   EXPECT_FALSE(take.error);
+}
+
+TEST_F(BackPressureTest, LiveAudioHasRoomForTwoSeconds) {
+  source_.BecomePipe();
+  const TakeResult take = Record(InChunksOf(20));
+  EXPECT_EQ(plugin_.most_unanswered_bytes, 2U * 96000);
+  EXPECT_EQ(plugin_.appends, 500U);
+  EXPECT_EQ(take.frames, 480000);
+}
+
+// A byte of audio may cost a kilobyte of message.
+TEST_F(BackPressureTest, SmallAppendsAreBoundedByTheirNumberToo) {
+  Record(InChunksOf(1));
+  EXPECT_EQ(plugin_.most_unanswered, 512U);
+  EXPECT_EQ(plugin_.appends, 10000U);
 }
 
 TEST_F(BackPressureTest, TheFirstFailedAppendEndsTheTakeWithStop) {
   plugin_.FailAppend(10);
-  const TakeResult take = Record();
+  const TakeResult take = Record(InChunksOf(1));
   ASSERT_TRUE(take.error);
   EXPECT_EQ(take.error->code, "WRITE_FAILED");
   EXPECT_EQ(take.error->message, "no room");
+  EXPECT_EQ(take.end, TakeEnd::kError);
   // Those that were under way by then, and none after.
-  EXPECT_EQ(plugin_.appends, 64U + 9U);
+  EXPECT_EQ(plugin_.appends, 512U + 9U);
   EXPECT_EQ(plugin_.calls, (std::vector<std::string>{"start", "stop"}));
+}
+
+TEST_F(BackPressureTest, FlushesAreNeverTwoAtOnceAndAllAreCounted) {
+  TakeOptions options = InChunksOf(1);
+  options.flush_every_us = 1;
+  const TakeResult take = Record(options);
+  EXPECT_EQ(plugin_.most_unanswered_flushes, 1U);
+  EXPECT_GT(plugin_.flushes, 1U);
+  EXPECT_EQ(take.flushes.count, static_cast<int64_t>(plugin_.flushes));
+  EXPECT_GT(take.flushes.longest_us, 0);
+}
+
+TEST_F(BackPressureTest, NothingIsFlushedWhereTheIntervalIsZero) {
+  const TakeResult take = Record(InChunksOf(1));
+  EXPECT_EQ(plugin_.flushes, 0U);
+  EXPECT_EQ(take.flushes.count, 0);
+}
+
+TEST_F(BackPressureTest, AFailedFlushEndsTheTakeWithStop) {
+  plugin_.FailFlushes();
+  TakeOptions options = InChunksOf(1);
+  options.flush_every_us = 1;
+  const TakeResult take = Record(options);
+  ASSERT_TRUE(take.error);
+  EXPECT_EQ(take.error->code, "WRITE_FAILED");
+  EXPECT_EQ(take.end, TakeEnd::kError);
+  EXPECT_EQ(plugin_.flushes, 1U);
+  EXPECT_LT(plugin_.appends, 10000U);
+  EXPECT_EQ(plugin_.calls.back(), "stop");
+}
+
+// Another program created and locked the file between "start" and its answer.
+class ClaimTest : public BackPressureTest {
+ protected:
+  TakeOptions Take() {
+    TakeOptions options = InChunksOf(20);
+    options.capture_path = path_;
+    return options;
+  }
+
+  const TempDir dir_;
+  const std::string path_ = dir_.Path("take.aac");
+  corvane::CaptureLock rival_;
+};
+
+TEST_F(ClaimTest, WhoeverLockedTheNewFileFirstHasIt) {
+  plugin_.OnStart([this] {
+    WriteFile(path_, {});
+    ASSERT_FALSE(rival_.Take(path_));
+  });
+  const TakeResult take = Record(Take());
+  EXPECT_FALSE(take.started);
+  ASSERT_TRUE(take.holder);
+  EXPECT_EQ(take.holder->pid, getpid());
+  EXPECT_EQ(plugin_.appends, 0U);
+  EXPECT_EQ(plugin_.calls, (std::vector<std::string>{"start", "cancel"}));
+}
+
+// Here the file at the path isn't the one that this process has open.
+TEST_F(ClaimTest, AFileThatThePluginDoesNotHaveOpenIsNotClaimed) {
+  plugin_.OnStart([this] { WriteFile(path_, {}); });
+  const TakeResult take = Record(Take());
+  EXPECT_FALSE(take.started);
+  EXPECT_TRUE(take.holder);
+  EXPECT_EQ(plugin_.calls, (std::vector<std::string>{"start", "cancel"}));
+}
+
+TEST_F(ClaimTest, AFileThatIsLockedIsNotEvenMoved) {
+  WriteFile(path_, {1, 2, 3});
+  ASSERT_FALSE(rival_.Take(path_));
+  const TakeResult take = Record(Take());
+  EXPECT_FALSE(take.started);
+  ASSERT_TRUE(take.holder);
+  EXPECT_EQ(take.holder->pid, getpid());
+  EXPECT_EQ(plugin_.calls, std::vector<std::string>());
 }
 
 }  // namespace

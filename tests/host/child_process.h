@@ -43,6 +43,7 @@ class Child {
   void Write(const Bytes& bytes);
   void CloseInput();
   void Signal(int signal);
+  pid_t pid() const { return pid_; }
 
   // Reads until standard error holds `text`; fails the test if it never does.
   void AwaitError(const std::string& text);

@@ -54,6 +54,7 @@ TEST_F(FinalizeTest, ATornFrameIsCutAndTheFiguresAreThoseOfTheFile) {
       {"bytes", kept},
       {"sourceDurationMs", FramesToMs(frames.size() - 1, 44100)},
       {"droppedAppendBytes", 0},
+      {"skippedBytes", 0},
       {"sampleRate", 44100},
       {"channels", 1},
       {"tornBytes", whole.size() - 3 - kept}};

@@ -13,6 +13,7 @@ constexpr int64_t kKib = 1024;
 
 ProgressFigures QuarterDone() {
   ProgressFigures figures;
+  figures.has_begun = true;
   figures.audio_s = 15;
   figures.total_s = 60;
   figures.bytes = 120 * kKib;
@@ -58,6 +59,7 @@ TEST(ProgressTest, FitsEveryWidthThatHoldsTheTime) {
 
 TEST(ProgressTest, WritesHoursAndLargeFilesInTheirUnits) {
   ProgressFigures figures;
+  figures.has_begun = true;
   figures.audio_s = 3 * 3600 + 62;
   figures.bytes = 1536 * 1024 * kKib;
   figures.elapsed_s = figures.audio_s;
@@ -75,9 +77,30 @@ TEST(ProgressTest, MoreAudioThanPromisedLeavesTheBarFull) {
 
 TEST(ProgressTest, ATakeThatHasJustBegunHasNoSpeedYet) {
   ProgressFigures figures;
+  figures.has_begun = true;
   figures.total_s = 60;
   EXPECT_EQ(format_progress(figures, 40),
             "[                   ] 0:00 0.0 KiB 0.0x");
+}
+
+TEST(ProgressTest, ATakeThatHasNotBegunSaysThatItWaits) {
+  ProgressFigures figures;
+  EXPECT_EQ(format_progress(figures, 80), "waiting for audio");
+  figures.silent_s = 1.9;
+  EXPECT_EQ(format_progress(figures, 80), "waiting for audio");
+  figures.silent_s = 65;
+  EXPECT_EQ(format_progress(figures, 80), "no audio for 1:05");
+  EXPECT_EQ(format_progress(figures, 9), "no audio");
+}
+
+TEST(ProgressTest, AStallOfTwoSecondsStandsBehindTheTime) {
+  ProgressFigures figures = QuarterDone();
+  figures.silent_s = 1.9;
+  EXPECT_EQ(format_progress(figures, 80), format_progress(QuarterDone(), 80));
+  figures.silent_s = 2;
+  EXPECT_NE(format_progress(figures, 80).find("  no audio for 0:02  "),
+            std::string::npos)
+      << format_progress(figures, 80);
 }
 
 }  // namespace

@@ -63,7 +63,7 @@ TEST_F(RecordFailureTest, AnInputThatCouldBlockIsSentToThePipe) {
 
 TEST_F(RecordFailureTest, ARateWithoutAnIndexComesWithTheWayToConvertIt) {
   const std::string wav = MakeWav("odd rate.wav", Sine(1000), 44000);
-  const ChildResult run = Corvane({"record", take_, "-i", wav});
+  const ChildResult run = Corvane({"record", "--verbose", take_, "-i", wav});
   ShouldFail(run, wav +
                       ": ADTS has no index for 44000 Hz; convert it first: "
                       "ffmpeg -i '" +
@@ -86,16 +86,16 @@ TEST_F(RecordFailureTest, SevenChannelsComeWithTheWayToMixThemDown) {
 }
 
 TEST_F(RecordFailureTest, ARawRateWithoutAnIndexNamesTheNextOne) {
-  ShouldFail(
-      CorvaneFed({}, {"record", take_, "-i", "-", "-r", "44000", "-c", "1"}),
-      "standard input: ADTS has no index for 44000 Hz; feed it 44100 "
-      "Hz instead, and say so with -r and -c");
+  ShouldFail(CorvaneFed(Sine(100),
+                        {"record", take_, "-i", "-", "-r", "44000", "-c", "1"}),
+             "standard input: ADTS has no index for 44000 Hz; feed it 44100 "
+             "Hz instead, and say so with -r and -c");
 }
 
 TEST_F(RecordFailureTest, AMissingFolderComesWithTheWayToMakeIt) {
   const std::string wav = MakeWav("in.wav", Sine(1000));
   const std::string deep = Path("no/such/take.aac");
-  const ChildResult run = Corvane({"record", deep, "-i", wav});
+  const ChildResult run = Corvane({"record", "-v", deep, "-i", wav});
   ShouldFail(run, deep +
                       ": Failed to create capture file: No such file or "
                       "directory; create the folder first: mkdir -p '" +
@@ -126,15 +126,37 @@ TEST_F(RecordFailureTest, APipeIsRefused) {
 
 // The kernel's own refusal, in the middle of a frame: the limit on a file's
 // size works as a full disk does, and needs no disk to fill.
-TEST_F(RecordFailureTest, AFileThatMayNotGrowEndsTheTakeAtTheFirstError) {
+TEST_F(RecordFailureTest, AFileThatMayNotGrowEndsTheTakeInThreeSentences) {
   const std::string wav = MakeWav("in.wav", Noise(k20Seconds));
   const ChildResult run =
       CorvaneInShell("ulimit -f 16", "", {"record", take_, "-i", wav});
 
-  ShouldFail(run, take_ +
-                      ": Failed to append AAC frame: File too large; raise "
-                      "the file size limit (ulimit -f), or record shorter "
-                      "takes");
+  const size_t frames = SplitFrames(ReadFile(take_)).size();
+  const Words said = Lines(run.err);
+  ASSERT_EQ(said.size(), 5U) << run.err;
+  EXPECT_EQ(said[0].rfind("info: start capture=", 0), 0U);
+  EXPECT_EQ(said[1].rfind("info: AAC encoder aac started", 0), 0U);
+  EXPECT_EQ(said[2], "corvane: " + take_ +
+                         ": Failed to append AAC frame: File too large");
+  EXPECT_EQ(said[3], "corvane: " + take_ + ": the capture is whole up to " +
+                         corvane::clock_tenths(FramesToMs(frames, 48000)) +
+                         " and sealed");
+  EXPECT_EQ(said[4],
+            "corvane: raise the file size limit (ulimit -f), or record "
+            "shorter takes; then continue it with: corvane resume '" +
+                take_ + "' -i REST");
+  EXPECT_EQ(run.status, 1);
+  EXPECT_LE(FileSize(take_), 16 * 512);
+  const nlohmann::json result = nlohmann::json::parse(run.out);
+  EXPECT_EQ(result["bytes"], FileSize(take_));
+  EXPECT_EQ(result["endedBy"], "error");
+  EXPECT_LT(result["sampleFrames"], k20Seconds);
+}
+
+TEST_F(RecordFailureTest, AllThatThePluginSaysIsThereToAskFor) {
+  const std::string wav = MakeWav("in.wav", Noise(k20Seconds));
+  const ChildResult run = CorvaneInShell(
+      "ulimit -f 16", "", {"record", "--verbose", take_, "-i", wav});
   ShouldFail(run,
              "the plugin's error: code=WRITE_FAILED message=\"Failed to "
              "append AAC frame: File too large\" domain=errno nativeCode=27 "
@@ -142,17 +164,18 @@ TEST_F(RecordFailureTest, AFileThatMayNotGrowEndsTheTakeAtTheFirstError) {
                  take_);
   // Every append that was under way failed, which is one line and a count.
   EXPECT_EQ(CountOf("error: append failed: WRITE_FAILED", run.err), 1);
-  TakeIsSealed();
-  EXPECT_LE(FileSize(take_), 16 * 512);
-  const nlohmann::json result = nlohmann::json::parse(run.out);
-  EXPECT_EQ(result["bytes"], FileSize(take_));
-  EXPECT_EQ(result["endedBy"], "error");
-  EXPECT_LT(result["sampleFrames"], k20Seconds);
-  const size_t frames = SplitFrames(ReadFile(take_)).size();
-  ShouldFail(run, take_ + ": the capture is whole up to " +
-                      corvane::clock_tenths(FramesToMs(frames, 48000)) +
-                      " and sealed; continue it with: corvane resume '" +
-                      take_ + "' -i REST");
+  EXPECT_EQ(CountOf("info: stop end capture=", run.err), 1);
+}
+
+TEST_F(RecordFailureTest, QuietLeavesTheErrorsAlone) {
+  const std::string wav = MakeWav("in.wav", Noise(k20Seconds));
+  const ChildResult failed = CorvaneInShell(
+      "ulimit -f 16", "", {"record", "--quiet", take_, "-i", wav});
+  EXPECT_EQ(Lines(failed.err).size(), 3U) << failed.err;
+  EXPECT_EQ(CountOf("corvane: ", failed.err), 3);
+  const ChildResult done = Corvane({"record", "-q", take_, "-i", wav});
+  EXPECT_EQ(done.status, 0);
+  EXPECT_EQ(done.err, "");
 }
 
 // A device takes a file's place: nothing in it can be sealed.

@@ -31,10 +31,21 @@ TEST_F(UsageTest, ATakeNeedsAName) {
 }
 
 TEST_F(UsageTest, NumbersOutOfRangeAreRefused) {
-  const std::vector<Words> wrong = {
-      {"-r", "0"},         {"-r", "-48000"},      {"-r", "high"},
-      {"-c", "0"},         {"-b", "0"},           {"-b", "64k"},
-      {"--chunk-ms", "0"}, {"--chunk-ms", "1001"}};
+  const std::vector<Words> wrong = {{"-r", "0"},
+                                    {"-r", "-48000"},
+                                    {"-r", "high"},
+                                    {"-c", "0"},
+                                    {"-b", "0"},
+                                    {"-b", "64kbit"},
+
+                                    {"--chunk-ms", "0"},
+                                    {"--chunk-ms", "1001"},
+                                    {"-b", "9223372036854775807k"},
+                                    {"--flush-every", "nan"},
+                                    {"--flush-every", "-1"},
+                                    {"--flush-every", "1e9"},
+                                    {"--flush-every", ""},
+                                    {"--flush-every", "often"}};
   for (const Words& option : wrong) {
     const ChildResult run =
         Corvane({"record", take_, "-i", "in.wav", option[0], option[1]});

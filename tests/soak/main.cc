@@ -92,11 +92,13 @@ corvane::TakeResult Record(const Options& options, ProcessLog* log,
                      });
   corvane::TakeOptions take;
   take.capture_path = options.Path("take.aac");
+  take.feed.chunk_ms = 20;
   corvane::TakeResult result;
   {
     corvane::Progress progress(console, take.capture_path, options.rate,
                                options.frames());
-    result = corvane::Recorder(&engine, &sound, take, &progress).Run();
+    corvane::CaptureLock lock;
+    result = corvane::Recorder(&engine, &sound, take, &lock, &progress).Run();
   }
   engine.Shutdown();
   lines.Flush();

@@ -1,0 +1,144 @@
+#include "take/feeder.h"
+
+#include <glib.h>
+#include <poll.h>
+
+#include <algorithm>
+
+namespace corvane {
+namespace {
+
+constexpr int kLiveChunkMs = 20;
+constexpr int kLargeChunkMs = 1000;
+// A few of the largest have room, so that the worker always has one to do.
+constexpr size_t kLargestChunk = kMostUnansweredBytes / 4;
+
+constexpr guint kTickMs = 250;
+
+bool is_readable(int fd) {
+  pollfd entry = {fd, POLLIN, 0};
+  return poll(&entry, 1, 0) > 0;
+}
+
+size_t bytes_of(const PcmFormat& format, int64_t ms) {
+  const int64_t frames = format.sample_rate * ms / 1000;
+  return static_cast<size_t>(std::max<int64_t>(frames, 1)) *
+         format.bytes_per_frame();
+}
+
+// A pipe is read as its audio comes, so a large chunk is but room for what has
+// gathered meanwhile.
+size_t chunk_size(const PcmFormat& format, const FeedOptions& options) {
+  if (options.chunk_ms) return bytes_of(format, *options.chunk_ms);
+  if (options.realtime) return bytes_of(format, kLiveChunkMs);
+  const size_t largest =
+      kLargestChunk - kLargestChunk % format.bytes_per_frame();
+  return std::min(bytes_of(format, kLargeChunkMs), largest);
+}
+
+int64_t most_unanswered(const AudioSource& source, bool realtime) {
+  if (source.wait_fd() < 0 && !realtime) return kMostUnansweredBytes;
+  const size_t audio = bytes_of(source.format(), kMostUnansweredMs);
+  return std::max(static_cast<int64_t>(audio),
+                  kMostUnansweredMs / kLiveChunkMs * kLeastAppendCost);
+}
+
+int64_t cost_of(size_t size) {
+  return std::max(static_cast<int64_t>(size), kLeastAppendCost);
+}
+
+}  // namespace
+
+Feeder::Feeder(Engine* engine, AudioSource* source, const FeedOptions& options,
+               Ending* ending, FlushClock* flushes, Progress* progress)
+    : engine_(engine),
+      source_(source),
+      options_(options),
+      ending_(ending),
+      flushes_(flushes),
+      progress_(progress),
+      most_unanswered_(most_unanswered(*source, options.realtime)),
+      chunk_(chunk_size(source->format(), options)) {
+  if (progress_ == nullptr || !progress_->is_shown()) return;
+  ticks_.emplace(LoopEvent::Every(kTickMs, [this] { Show(); }));
+}
+
+bool Feeder::AwaitAudio() {
+  WaitForInput();
+  if (!ending_->has_come()) ReadChunk();
+  return !ending_->has_come();
+}
+
+void Feeder::Run() {
+  start_us_ = g_get_monotonic_time();
+  longest_gap_us_ = 0;
+  while (!ending_->has_come()) {
+    AppendChunk();
+    WaitForRoom();
+    if (options_.realtime) WaitForTime();
+    WaitForInput();
+    if (!ending_->has_come()) ReadChunk();
+  }
+}
+
+void Feeder::WaitForRoom() {
+  engine_->IterateUntil(
+      [this] { return ending_->has_come() || unanswered_ < most_unanswered_; });
+}
+
+void Feeder::WaitForTime() {
+  const auto bytes_per_frame =
+      static_cast<int64_t>(source_->format().bytes_per_frame());
+  const LoopEvent due =
+      LoopEvent::At(start_us_ + sent_bytes_ / bytes_per_frame * G_USEC_PER_SEC /
+                                    source_->format().sample_rate);
+  engine_->IterateUntil([&] { return ending_->has_come() || due.has_come(); });
+}
+
+// Waits in the main loop, so that a signal gets through while no audio comes.
+void Feeder::WaitForInput() {
+  const int fd = source_->wait_fd();
+  if (ending_->has_come() || fd < 0 || is_readable(fd)) return;
+  const int64_t since_us = g_get_monotonic_time();
+  waiting_since_us_ = since_us;
+  const LoopEvent readable = LoopEvent::Readable(fd);
+  engine_->IterateUntil(
+      [&] { return ending_->has_come() || readable.has_come(); });
+  waiting_since_us_.reset();
+  longest_gap_us_ =
+      std::max(longest_gap_us_, g_get_monotonic_time() - since_us);
+}
+
+void Feeder::ReadChunk() {
+  filled_ = source_->Read(chunk_.data(), chunk_.size());
+  if (filled_ == 0) ending_->Come(TakeEnd::kInput);
+}
+
+void Feeder::AppendChunk() {
+  const size_t size = filled_;
+  g_autoptr(FlValue) pcm = fl_value_new_uint8_list(chunk_.data(), size);
+  sent_bytes_ += static_cast<int64_t>(size);
+  unanswered_ += cost_of(size);
+  engine_->Invoke("append", pcm, [this, size](FlMethodResponse* response) {
+    OnAppended(size, response);
+  });
+  flushes_->OnAppend();
+}
+
+void Feeder::OnAppended(size_t size, FlMethodResponse* response) {
+  unanswered_ -= cost_of(size);
+  answered_bytes_ += static_cast<int64_t>(size);
+  ending_->Fail(error_in(response));
+  Show();
+}
+
+void Feeder::Show() {
+  if (progress_ == nullptr) return;
+  const auto bytes_per_frame =
+      static_cast<int64_t>(source_->format().bytes_per_frame());
+  const int64_t silent_us =
+      waiting_since_us_ ? g_get_monotonic_time() - *waiting_since_us_ : 0;
+  progress_->Update(answered_bytes_ / bytes_per_frame, silent_us);
+}
+
+}  // namespace corvane
