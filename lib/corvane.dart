@@ -4,7 +4,7 @@
 /// A [Corvane] starts and stops takes, a [CaptureSink] is what a microphone's
 /// stream is piped into, and [CaptureRecovery] finds out what a crash has left
 /// behind.
-library corvane;
+library;
 
 export 'src/capture_look.dart'
     show CaptureLook, ForeignFile, FoundCapture, NoCapture;

@@ -1,5 +1,4 @@
 import 'dart:io';
-import 'dart:typed_data';
 
 import 'package:corvane/corvane.dart';
 import 'package:flutter/services.dart';
@@ -45,6 +44,32 @@ void main() {
     expect(await corvane.look(capturePath: folder.path), isA<ForeignFile>());
   });
 
+  test('what cannot be looked at is not taken for nothing', () async {
+    // As in a folder that may not be searched, but for root too.
+    final String behindAFile = '$path/take.aac';
+    File(path).writeAsBytesSync(_frames(2));
+    await expectLater(
+      corvane.look(capturePath: behindAFile),
+      throwsA(isA<FileSystemException>()),
+    );
+    await expectLater(
+      corvane.findOrphans(capturePath: behindAFile),
+      throwsA(isA<FileSystemException>()),
+    );
+  });
+
+  test('the last channel configuration means 8 channels', () async {
+    final List<int> frame = _frame();
+    frame[2] |= 0x01;
+    frame[3] |= 0xC0;
+    File(path).writeAsBytesSync(frame);
+    expect(
+      await corvane.look(capturePath: path),
+      isA<FoundCapture>()
+          .having((FoundCapture found) => found.channels, 'channels', 8),
+    );
+  });
+
   test('a capture tells its format and how much is whole', () async {
     // More than one piece of the file is looked at.
     File(path).writeAsBytesSync(_frames(500));
@@ -64,8 +89,8 @@ void main() {
   });
 
   test('a torn frame at the end shows', () async {
-    File(path).writeAsBytesSync(
-        <int>[..._frames(3), ..._frame().sublist(0, 100)]);
+    final List<int> torn = _frame().sublist(0, 100);
+    File(path).writeAsBytesSync(<int>[..._frames(3), ...torn]);
     final CaptureLook look = await corvane.look(capturePath: path);
     expect(
       look,

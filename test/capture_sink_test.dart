@@ -1,5 +1,4 @@
 import 'dart:async';
-import 'dart:typed_data';
 
 import 'package:corvane/corvane.dart';
 import 'package:flutter/services.dart';
@@ -9,9 +8,22 @@ import 'fake_plugin.dart';
 
 final Uint8List _chunk = Uint8List(4);
 
-Matcher _failsWith(CorvaneErrorCode code) {
-  return throwsA(isA<CorvaneException>()
-      .having((CorvaneException error) => error.code, 'code', code));
+// Delivers its first event before anyone holds its subscription.
+class _EagerStream extends Stream<Uint8List> {
+  _EagerStream(this._rest);
+
+  final Stream<Uint8List> _rest;
+
+  @override
+  StreamSubscription<Uint8List> listen(
+    void Function(Uint8List event)? onData, {
+    Function? onError,
+    void Function()? onDone,
+    bool? cancelOnError,
+  }) {
+    onData?.call(_chunk);
+    return _rest.listen(onData, onError: onError, onDone: onDone);
+  }
 }
 
 // Lets everything happen that waits for nothing but its turn.
@@ -49,12 +61,7 @@ void main() {
   });
 
   test('the stream is paused while too many appends are unanswered', () async {
-    final List<Completer<Object?>> waiting = <Completer<Object?>>[];
-    plugin.answers['append'] = (MethodCall call) {
-      final Completer<Object?> answer = Completer<Object?>();
-      waiting.add(answer);
-      return answer.future;
-    };
+    final List<Completer<Object?>> waiting = plugin.holdBack('append');
     final StreamController<Uint8List> microphone =
         StreamController<Uint8List>();
     final CaptureSink sink = CaptureSink(maxUnanswered: 2);
@@ -79,8 +86,62 @@ void main() {
     expect(plugin.methods, hasLength(5));
   });
 
-  test('64 appends may be unanswered when nothing else is said', () {
+  test('so it is while too many bytes are', () async {
+    final List<Completer<Object?>> waiting = plugin.holdBack('append');
+    final StreamController<Uint8List> microphone =
+        StreamController<Uint8List>();
+    final CaptureSink sink = CaptureSink(maxUnansweredBytes: 7);
+    final Future<void> added = sink.addStream(microphone.stream);
+    for (int i = 0; i < 3; i++) {
+      microphone.add(_chunk);
+    }
+    await _emptyEventQueue();
+    expect(waiting, hasLength(2));
+    expect(microphone.isPaused, isTrue);
+
+    waiting.first.complete(null);
+    await _emptyEventQueue();
+    expect(waiting, hasLength(3));
+
+    waiting[1].complete(null);
+    waiting[2].complete(null);
+    unawaited(microphone.close());
+    await added;
+    await sink.close();
+  });
+
+  test('64 appends and half a MiB may be unanswered by default', () {
     expect(CaptureSink().maxUnanswered, 64);
+    expect(CaptureSink().maxUnansweredBytes, 524288);
+  });
+
+  test('a stream that delivers before it is held is held up as well', () async {
+    final List<Completer<Object?>> waiting = plugin.holdBack('append');
+    final StreamController<Uint8List> microphone =
+        StreamController<Uint8List>();
+    final CaptureSink sink = CaptureSink(maxUnanswered: 1);
+    final Future<void> added = sink.addStream(_EagerStream(microphone.stream));
+    expect(microphone.isPaused, isTrue);
+
+    waiting.single.complete(null);
+    await _emptyEventQueue();
+    expect(microphone.isPaused, isFalse);
+    await sink.close();
+    await added;
+  });
+
+  test('a stream that refuses a listener does not keep a take open', () async {
+    final StreamController<Uint8List> microphone =
+        StreamController<Uint8List>();
+    final StreamSubscription<Uint8List> first = microphone.stream.listen(null);
+    final CaptureSink sink = CaptureSink();
+    final Future<void> refusal =
+        expectLater(sink.addStream(microphone.stream), throwsStateError);
+    final CaptureResult result = await sink.close();
+    await refusal;
+    expect(result.bytes, 12061);
+    expect(plugin.methods, <String>['stop']);
+    await first.cancel();
   });
 
   test('a failed write ends the pipe and stops the take, once', () async {
@@ -89,7 +150,7 @@ void main() {
         StreamController<Uint8List>();
     final CaptureSink sink = CaptureSink();
     final Future<void> failure = expectLater(
-        microphone.stream.pipe(sink), _failsWith(CorvaneErrorCode.writeFailed));
+        microphone.stream.pipe(sink), failsWith(CorvaneErrorCode.writeFailed));
     microphone.add(_chunk);
     microphone.add(_chunk);
     await failure;
@@ -98,10 +159,7 @@ void main() {
 
     final CaptureResult saved = await sink.close();
     expect(saved.bytes, 12061);
-    expect(
-      plugin.methods.where((String method) => method == 'stop'),
-      hasLength(1),
-    );
+    expect(plugin.count('stop'), 1);
   });
 
   test('a stop that fails behind a failed write is told by close', () async {
@@ -110,10 +168,10 @@ void main() {
     final CaptureSink sink = CaptureSink();
     await expectLater(
       sink.addStream(Stream<Uint8List>.value(_chunk)),
-      _failsWith(CorvaneErrorCode.writeFailed),
+      failsWith(CorvaneErrorCode.writeFailed),
     );
     await expectLater(
-        sink.close(), _failsWith(CorvaneErrorCode.finalizeFailed));
+        sink.close(), failsWith(CorvaneErrorCode.finalizeFailed));
   });
 
   test('another error ends the pipe and leaves the take open', () async {
@@ -121,7 +179,7 @@ void main() {
     final CaptureSink sink = CaptureSink();
     await expectLater(
       Stream<Uint8List>.value(_chunk).pipe(sink),
-      _failsWith(CorvaneErrorCode.encodeFailed),
+      failsWith(CorvaneErrorCode.encodeFailed),
     );
     expect(plugin.methods, <String>['append']);
     await sink.close();

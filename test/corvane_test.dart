@@ -1,5 +1,3 @@
-import 'dart:typed_data';
-
 import 'package:corvane/corvane.dart';
 import 'package:flutter/services.dart';
 import 'package:flutter_test/flutter_test.dart';
@@ -141,8 +139,52 @@ void main() {
     });
   }
 
-  test("an error that isn't the plugin's goes through as it is", () async {
+  test("an error that isn't the plugin's is told in its own words", () async {
     plugin.fail('stop', 'error');
-    await expectLater(corvane.stop(), throwsA(isA<PlatformException>()));
+    await expectLater(
+      corvane.stop(),
+      throwsA(isA<CorvaneException>()
+          .having((CorvaneException error) => error.code, 'code',
+              CorvaneErrorCode.unknown)
+          .having((CorvaneException error) => error.message, 'message',
+              'error: no')),
+    );
+  });
+
+  test('so is a call that nobody answers', () async {
+    plugin.answers['flush'] = (MethodCall call) async {
+      throw MissingPluginException();
+    };
+    await expectLater(
+      corvane.flush(),
+      throwsA(isA<CorvaneException>()
+          .having((CorvaneException error) => error.code, 'code',
+              CorvaneErrorCode.unknown)
+          .having((CorvaneException error) => error.message, 'message',
+              contains('flush'))),
+    );
+  });
+
+  test('results and log lines of the same content are equal', () {
+    CaptureResult resultOf(int bytes) {
+      return CaptureResult(
+        path: '/a.aac',
+        duration: const Duration(seconds: 1),
+        bytes: bytes,
+        sourceDuration: const Duration(seconds: 1),
+        droppedAppendBytes: 0,
+      );
+    }
+
+    CorvaneLogLine lineOf(String message) {
+      return CorvaneLogLine(level: CorvaneLogLevel.info, message: message);
+    }
+
+    expect(resultOf(1), resultOf(1));
+    expect(resultOf(1).hashCode, resultOf(1).hashCode);
+    expect(resultOf(1), isNot(resultOf(2)));
+    expect(lineOf('a'), lineOf('a'));
+    expect(lineOf('a').hashCode, lineOf('a').hashCode);
+    expect(lineOf('a'), isNot(lineOf('b')));
   });
 }

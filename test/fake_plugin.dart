@@ -1,5 +1,14 @@
+import 'dart:async';
+
+import 'package:corvane/corvane.dart';
 import 'package:flutter/services.dart';
 import 'package:flutter_test/flutter_test.dart';
+
+/// Matches a call that throws the exception of [code].
+Matcher failsWith(CorvaneErrorCode code) {
+  return throwsA(isA<CorvaneException>()
+      .having((CorvaneException error) => error.code, 'code', code));
+}
 
 /// What the native plugin is for a test: it notes the calls, and answers them
 /// as it is told.
@@ -31,6 +40,10 @@ class FakePlugin {
   final Map<String, Future<Object?> Function(MethodCall)> answers =
       <String, Future<Object?> Function(MethodCall)>{};
 
+  /// How often [method] was called.
+  int count(String method) =>
+      methods.where((String each) => each == method).length;
+
   /// The names of [calls].
   List<String> get methods =>
       calls.map<String>((MethodCall call) => call.method).toList();
@@ -40,6 +53,17 @@ class FakePlugin {
     answers[method] = (MethodCall call) async {
       throw PlatformException(code: code, message: 'no', details: details);
     };
+  }
+
+  /// Makes the answers to [method] wait until they are completed.
+  List<Completer<Object?>> holdBack(String method) {
+    final List<Completer<Object?>> waiting = <Completer<Object?>>[];
+    answers[method] = (MethodCall call) {
+      final Completer<Object?> answer = Completer<Object?>();
+      waiting.add(answer);
+      return answer.future;
+    };
+    return waiting;
   }
 
   Future<Object?> _answer(MethodCall call) async {

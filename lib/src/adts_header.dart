@@ -15,6 +15,9 @@ class AdtsHeader {
   static const int _bytesWithChecksum = 9;
   static const int _samplesPerBlock = 1024;
 
+  // By the number that a header has for the layout: the last one is 7.1.
+  static const List<int> _channelCounts = <int>[0, 1, 2, 3, 4, 5, 6, 8];
+
   /// Sample rates in Hz by the number that a header has for them.
   static const List<int> sampleRates = <int>[
     96000,
@@ -67,7 +70,7 @@ class AdtsHeader {
     }
     return AdtsHeader._(
       sampleRate: sampleRates[frequencyIndex],
-      channels: ((third & 0x01) << 2) | (fourth >> 6),
+      channels: _channelCounts[((third & 0x01) << 2) | (fourth >> 6)],
       frameBytes: frameBytes,
       samples: ((data[offset + 6] & 0x03) + 1) * _samplesPerBlock,
     );

@@ -66,13 +66,13 @@ final class FoundCapture extends CaptureLook {
 }
 
 /// Looks at the file at [path] without changing it. Throws a
-/// [FileSystemException] when it can't be read.
+/// [FileSystemException] when it can't be read, and when it can't be told
+/// whether there is one.
 Future<CaptureLook> lookAtCapture(String path) async {
-  final FileStat stat = await FileStat.stat(path);
-  if (stat.type == FileSystemEntityType.notFound) {
+  if (!await isThere(path)) {
     return NoCapture(path: path);
   }
-  if (stat.type != FileSystemEntityType.file) {
+  if (await FileSystemEntity.type(path) != FileSystemEntityType.file) {
     return ForeignFile(path: path);
   }
   final RandomAccessFile file = await File(path).open();
@@ -83,6 +83,22 @@ Future<CaptureLook> lookAtCapture(String path) async {
         : await _lookInto(file, path: path, bytes: bytes);
   } finally {
     await file.close();
+  }
+}
+
+/// Whether there is anything at [path]. Throws a [FileSystemException] when that
+/// can't be told: in a folder that may not be searched, for one.
+Future<bool> isThere(String path) async {
+  if (await FileSystemEntity.type(path) != FileSystemEntityType.notFound) {
+    return true;
+  }
+  // Every failure looks like that. To open what isn't there says which it was.
+  try {
+    final RandomAccessFile file = await File(path).open();
+    await file.close();
+    return true;
+  } on PathNotFoundException {
+    return false;
   }
 }
 

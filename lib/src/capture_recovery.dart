@@ -20,7 +20,9 @@ extension CaptureRecovery on Corvane {
   /// Whether there is a capture at [capturePath], and how much it holds.
   ///
   /// Nothing is changed. The whole file is walked through, so a long capture
-  /// takes a moment. Throws a [FileSystemException] when it can't be read.
+  /// takes a moment. Throws a [FileSystemException] when it can't be read, and
+  /// when it can't be told whether there is one, as in a folder that may not be
+  /// searched: that is no [NoCapture].
   Future<CaptureLook> look({required String capturePath}) {
     return lookAtCapture(capturePath);
   }
@@ -52,11 +54,12 @@ extension CaptureRecovery on Corvane {
 
   /// The paths to which earlier calls of `start` have moved what they found at
   /// [capturePath], in the order of their numbers. Nothing ever removes them.
+  /// Throws a [FileSystemException] when it can't be told what is there.
   Future<List<String>> findOrphans({required String capturePath}) async {
     final List<String> found = <String>[];
     for (int slot = 0; slot < _orphanSlots; slot++) {
       final String path = _orphanPath(capturePath, slot);
-      if (await FileSystemEntity.type(path) != FileSystemEntityType.notFound) {
+      if (await isThere(path)) {
         found.add(path);
       }
     }

@@ -33,6 +33,19 @@ class CaptureResult {
   final int droppedAppendBytes;
 
   @override
+  bool operator ==(Object other) =>
+      other is CaptureResult &&
+      other.path == path &&
+      other.duration == duration &&
+      other.bytes == bytes &&
+      other.sourceDuration == sourceDuration &&
+      other.droppedAppendBytes == droppedAppendBytes;
+
+  @override
+  int get hashCode =>
+      Object.hash(path, duration, bytes, sourceDuration, droppedAppendBytes);
+
+  @override
   String toString() => 'CaptureResult(path: $path, duration: $duration, '
       'bytes: $bytes, sourceDuration: $sourceDuration, '
       'droppedAppendBytes: $droppedAppendBytes)';

@@ -1,9 +1,11 @@
 import 'dart:async';
 import 'dart:typed_data';
 
+import 'capture_pipe.dart';
 import 'capture_result.dart';
 import 'corvane.dart';
 import 'corvane_exception.dart';
+import 'flush_clock.dart';
 
 /// What a microphone's stream is piped into while a take is open.
 ///
@@ -14,10 +16,13 @@ import 'corvane_exception.dart';
 /// final CaptureResult result = await sink.close();
 /// ```
 ///
-/// Each event of the stream is one append. At most [maxUnanswered] of them wait
-/// for their answers; then the stream is paused, since the plugin's own queue
-/// has no bound. A stream that comes from outside of Dart, a child process say,
-/// holds its sender up by that.
+/// Each event of the stream is one append. At most [maxUnanswered] of them, and
+/// about [maxUnansweredBytes], wait for their answers; then the stream is
+/// paused, since the plugin's own queue has no bound. A stream that comes from
+/// outside of Dart, a child process say, holds its sender up by that.
+///
+/// Every [flushEvery] the sink makes durable what was written, so that this is
+/// about what a power cut can cost, and not the take.
 ///
 /// When the stream ends, so does the take: `pipe` calls [close], which seals
 /// the capture. The first error ends the stream too, see [addStream].
@@ -26,10 +31,21 @@ class CaptureSink implements StreamConsumer<Uint8List> {
   CaptureSink({
     this.corvane = const Corvane(),
     this.maxUnanswered = defaultMaxUnanswered,
-  }) : assert(maxUnanswered > 0, 'Without an append there is no answer.');
+    this.maxUnansweredBytes = defaultMaxUnansweredBytes,
+    this.flushEvery = defaultFlushEvery,
+  })  : assert(maxUnanswered > 0, 'Without an append there is no answer.'),
+        assert(maxUnansweredBytes > 0, 'Without a byte there is no append.'),
+        assert(flushEvery >= Duration.zero, 'Zero is the shortest there is.');
 
   /// How many appends may wait for their answers when nothing else is said.
   static const int defaultMaxUnanswered = 64;
+
+  /// How many bytes may wait for their answers when nothing else is said: more
+  /// than two seconds of 48000 Hz in stereo, which outlasts a slow disk's sync.
+  static const int defaultMaxUnansweredBytes = 524288;
+
+  /// The time from one flush to the next when nothing else is said.
+  static const Duration defaultFlushEvery = Duration(seconds: 1);
 
   /// The access to the plugin.
   final Corvane corvane;
@@ -37,7 +53,28 @@ class CaptureSink implements StreamConsumer<Uint8List> {
   /// How many appends may wait for their answers; at least 1.
   final int maxUnanswered;
 
-  _Pipe? _pipe;
+  /// How many bytes of PCM may wait for their answers; at least 1. The append
+  /// that reaches this is still sent, so one may be larger.
+  final int maxUnansweredBytes;
+
+  /// The time from the start of one flush to the start of the next, at least;
+  /// [Duration.zero] for no flush at all.
+  ///
+  /// There are never two flushes at once, none when nothing was written since
+  /// the last one, and none is made up for after a suspend. A flush takes its
+  /// turn behind the appends before it, and those behind it wait: each costs
+  /// one sync of the disk.
+  final Duration flushEvery;
+
+  late final FlushClock _clock = FlushClock(
+    every: flushEvery,
+    flush: corvane.flush,
+    onFailure: _onFailedFlush,
+  );
+  CapturePipe? _pipe;
+  bool _isPaused = false;
+  AsyncError? _failedFlush; // which addStream tells
+  AsyncError? _untoldFlush; // one that failed with no stream being added
   Future<CaptureResult>? _result;
 
   /// Appends every event of [stream], and completes when the last one is
@@ -47,126 +84,106 @@ class CaptureSink implements StreamConsumer<Uint8List> {
   /// subscription is cancelled, what has been sent is waited for, and the
   /// future completes with that error. An append that fails with
   /// [CorvaneErrorCode.writeFailed] stops the take as well, because frames that
-  /// are written behind a torn one may not be found again; [close] then tells
-  /// what was saved. After any other error the take stays open until [close].
+  /// are written behind a torn one may not be found again, and so does a flush
+  /// that fails, because what lies behind the last good one may not be on the
+  /// disk; [close] then tells what was saved. After any other error the take
+  /// stays open until [close].
   @override
   Future<void> addStream(Stream<Uint8List> stream) async {
     if (_result != null) {
+      _throwIfAny(_untoldFlush);
       throw StateError('The take has been stopped.');
     }
     if (_pipe != null) {
       throw StateError('Another stream is being added.');
     }
-    final _Pipe pipe = _Pipe(corvane, maxUnanswered);
+    final CapturePipe pipe = CapturePipe(
+      append: _append,
+      maxUnanswered: maxUnanswered,
+      maxUnansweredBytes: maxUnansweredBytes,
+    );
     _pipe = pipe;
-    try {
-      await pipe.add(stream);
-    } on CorvaneException catch (error) {
-      if (error.code == CorvaneErrorCode.writeFailed) {
-        await _stopAfterFailedWrite();
-      }
-      rethrow;
-    } finally {
-      _pipe = null;
+    final AsyncError? failure = await pipe.add(stream);
+    await _clock.answered;
+    _pipe = null;
+    if (_failedFlush != null || isFailedWrite(failure?.error)) {
+      await _stopAfterFailure();
     }
+    _throwIfAny(isFailedWrite(failure?.error) ? failure : _failedFlush);
+    _throwIfAny(failure);
+  }
+
+  /// Pauses the take, as [Corvane.pause] does. What the stream still delivers is
+  /// thrown away until [resume], and asks for no flush.
+  Future<void> pause() {
+    final Future<void> answer = corvane.pause();
+    // A pause writes out what the encoder still held.
+    _noteWriting();
+    _isPaused = true;
+    return answer;
+  }
+
+  /// Goes on after a [pause].
+  Future<void> resume() {
+    _isPaused = false;
+    return corvane.resume();
   }
 
   /// Ends the take: stops listening to a stream that is still being added,
   /// waits for the answers, and seals the capture.
   ///
   /// However often it is called, the take is stopped once, and every call has
-  /// the same result.
+  /// the same result. That is the error of a flush that has failed while no
+  /// stream was being added, as nobody has heard of it yet; the take was stopped
+  /// and sealed then.
   @override
   Future<CaptureResult> close() => _result ??= _closeOnce();
 
   Future<CaptureResult> _closeOnce() async {
     await _pipe?.end();
-    return corvane.stop();
+    await _clock.end();
+    final CaptureResult result = await corvane.stop();
+    _throwIfAny(_untoldFlush);
+    return result;
   }
 
-  // What becomes of the stop is told by close(); here the failed write counts.
-  Future<void> _stopAfterFailedWrite() async {
+  Future<void> _append(Uint8List chunk) {
+    final Future<void> answer = corvane.append(pcm: chunk);
+    _noteWriting();
+    return answer;
+  }
+
+  // Behind the call that writes, so that a flush that is due comes after it.
+  void _noteWriting() {
+    if (!_isPaused) {
+      _clock.wrote();
+    }
+  }
+
+  void _onFailedFlush(Object error, StackTrace stackTrace) {
+    final AsyncError failure = AsyncError(error, stackTrace);
+    final CapturePipe? pipe = _pipe;
+    if (pipe == null) {
+      _untoldFlush = failure;
+      close().ignore();
+    } else {
+      _failedFlush = failure;
+      pipe.end().ignore();
+    }
+  }
+
+  // What becomes of the stop is told by close(); here the failure counts.
+  Future<void> _stopAfterFailure() async {
     try {
-      await (_result ??= corvane.stop());
+      await close();
     } on Exception {
       return;
     }
   }
 }
 
-// One stream on its way into the plugin.
-class _Pipe {
-  _Pipe(this._corvane, this._maxUnanswered);
-
-  final Corvane _corvane;
-  final int _maxUnanswered;
-  final Completer<void> _answered = Completer<void>();
-  late final StreamSubscription<Uint8List> _subscription;
-  bool _ended = false;
-  int _unanswered = 0;
-  Object? _error;
-  StackTrace? _stackTrace;
-
-  // Completes when the stream has ended and every append is answered; with the
-  // first error, if there was one.
-  Future<void> add(Stream<Uint8List> stream) async {
-    _subscription = stream.listen(_append, onError: _fail, onDone: _end);
-    await _answered.future;
-    final Object? error = _error;
-    if (error != null) {
-      Error.throwWithStackTrace(error, _stackTrace!);
-    }
-  }
-
-  // Takes no more from the stream. The future never completes with an error.
-  Future<void> end() {
-    _end();
-    return _answered.future;
-  }
-
-  Future<void> _append(Uint8List chunk) async {
-    _unanswered++;
-    if (_unanswered == _maxUnanswered) {
-      _subscription.pause();
-    }
-    try {
-      await _corvane.append(pcm: chunk);
-    } catch (error, stackTrace) {
-      _fail(error, stackTrace);
-    }
-    _unanswered--;
-    if (_ended) {
-      _completeWhenAnswered();
-    } else if (_unanswered == _maxUnanswered - 1) {
-      _subscription.resume();
-    }
-  }
-
-  // The first error is kept. Only a failed write behind it takes its place, for
-  // that one must stop the take.
-  void _fail(Object error, StackTrace stackTrace) {
-    if (_error == null || (!_isFailedWrite(_error) && _isFailedWrite(error))) {
-      _error = error;
-      _stackTrace = stackTrace;
-    }
-    _end();
-  }
-
-  // Nobody waits for the cancelling, as a source may take its time over it.
-  void _end() {
-    if (!_ended) {
-      _ended = true;
-      _subscription.cancel().ignore();
-    }
-    _completeWhenAnswered();
-  }
-
-  void _completeWhenAnswered() {
-    if (_unanswered == 0 && !_answered.isCompleted) {
-      _answered.complete();
-    }
+void _throwIfAny(AsyncError? failure) {
+  if (failure != null) {
+    Error.throwWithStackTrace(failure.error, failure.stackTrace);
   }
 }
-
-bool _isFailedWrite(Object? error) =>
-    error is CorvaneException && error.code == CorvaneErrorCode.writeFailed;

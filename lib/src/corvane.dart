@@ -1,7 +1,11 @@
 import 'dart:typed_data';
 
 import 'package:flutter/services.dart'
-    show EventChannel, MethodChannel, PlatformException;
+    show
+        EventChannel,
+        MethodChannel,
+        MissingPluginException,
+        PlatformException;
 
 import 'capture_result.dart';
 import 'corvane_exception.dart';
@@ -21,7 +25,8 @@ import 'messages.dart';
 /// await microphone.pipe(CaptureSink());
 /// ```
 ///
-/// Every call that fails throws a [CorvaneException].
+/// Every call that fails throws a [CorvaneException], also one that no plugin
+/// answers: [CorvaneErrorCode.unknown].
 class Corvane {
   /// Creates an access to the plugin. It holds nothing and costs nothing.
   const Corvane();
@@ -78,7 +83,7 @@ class Corvane {
   /// Bytes that arrive while the take is paused are counted and thrown away.
   ///
   /// The plugin's queue has no bound, so whoever appends has to keep one: a
-  /// `CaptureSink` does, and ends the take at the first failed write as well.
+  /// `CaptureSink` does, flushes, and ends the take at the first failed write.
   Future<void> append({required Uint8List pcm}) {
     return _answerOf(_channel.invokeMethod<void>('append', pcm));
   }
@@ -115,12 +120,15 @@ class Corvane {
   /// Makes durable what is in the file, so that no power cut takes it.
   ///
   /// What the encoder still holds, 46 to 70 ms at 44100 Hz, is not written out.
+  /// When it fails, end the take: what lies behind the last good flush may not
+  /// be on the disk. A `CaptureSink` flushes, and does that, by itself.
   Future<void> flush() {
     return _answerOf(_channel.invokeMethod<void>('flush'));
   }
 
-  /// Begins a take that goes on in the capture at [capturePath], behind its
-  /// last whole frame. A torn frame at the end is cut off.
+  /// Begins a take that goes on in the capture at [capturePath]. A torn frame at
+  /// its end is cut off; foreign bytes stay, and the new frames go to the end of
+  /// the file.
   ///
   /// The format is as for [start], and is not compared with what is in the
   /// file: a file of several rates plays, but its duration is a guess.
@@ -181,16 +189,14 @@ class Corvane {
   }
 }
 
-// The channel's answer, with an error of the plugin's as a CorvaneException.
+// The channel's answer, with every error as a CorvaneException.
 Future<T> _answerOf<T>(Future<T> answer) async {
   try {
     return await answer;
   } on PlatformException catch (error, stackTrace) {
-    final CorvaneException? known = decodeError(error);
-    if (known == null) {
-      rethrow;
-    }
-    Error.throwWithStackTrace(known, stackTrace);
+    Error.throwWithStackTrace(decodeError(error), stackTrace);
+  } on MissingPluginException catch (error, stackTrace) {
+    Error.throwWithStackTrace(decodeMissingPlugin(error), stackTrace);
   }
 }
 

@@ -28,15 +28,19 @@ enum CorvaneErrorCode {
   finalizeFailed('FINALIZE_FAILED'),
 
   /// A capture that was sealed holds no whole frame. It is still there.
-  verifyFailed('VERIFY_FAILED');
+  verifyFailed('VERIFY_FAILED'),
+
+  /// The call has failed in a way that is none of the plugin's: there is no
+  /// plugin on this platform, or it is of another version.
+  unknown('UNKNOWN');
 
   const CorvaneErrorCode(this.wireName);
 
-  /// The code as it travels on the channel.
+  /// The code as it travels on the channel; that of [unknown] never does.
   final String wireName;
 }
 
-/// The plugin could not do what it was asked.
+/// A call to the plugin has failed.
 @immutable
 class CorvaneException implements Exception {
   /// Creates an exception, as tests of an application may want to.

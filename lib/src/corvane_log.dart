@@ -30,5 +30,14 @@ class CorvaneLogLine {
   final String message;
 
   @override
+  bool operator ==(Object other) =>
+      other is CorvaneLogLine &&
+      other.level == level &&
+      other.message == message;
+
+  @override
+  int get hashCode => Object.hash(level, message);
+
+  @override
   String toString() => '${level.wireName}: $message';
 }

@@ -1,4 +1,5 @@
-import 'package:flutter/services.dart' show PlatformException;
+import 'package:flutter/services.dart'
+    show MissingPluginException, PlatformException;
 
 import 'capture_result.dart';
 import 'corvane_exception.dart';
@@ -15,22 +16,33 @@ CaptureResult decodeResult(Map<String, Object?> map) {
   );
 }
 
-/// The plugin's error in [error], or null when its code is none of the
-/// plugin's: then something else on the channel has failed.
-CorvaneException? decodeError(PlatformException error) {
+/// What [error] says; of an error that is none of the plugin's, its own words.
+CorvaneException decodeError(PlatformException error) {
   final CorvaneErrorCode? code = _errorCodeOf(error.code);
+  final String message = error.message ?? '';
   if (code == null) {
-    return null;
+    return CorvaneException(
+      code: CorvaneErrorCode.unknown,
+      message: '${error.code}: $message',
+    );
   }
   final Object? details = error.details;
   final Map<Object?, Object?> map =
       details is Map<Object?, Object?> ? details : const <Object?, Object?>{};
   return CorvaneException(
     code: code,
-    message: error.message ?? '',
+    message: message,
     domain: map['domain'] as String?,
     nativeCode: map['code'] as int?,
     path: map['path'] as String?,
+  );
+}
+
+/// What a call says that nobody has answered.
+CorvaneException decodeMissingPlugin(MissingPluginException error) {
+  return CorvaneException(
+    code: CorvaneErrorCode.unknown,
+    message: error.message ?? 'There is no plugin to answer.',
   );
 }
 

@@ -18,7 +18,8 @@ const kNamesNothing = new Set([
   'constant_constructor_signature', 'factory_constructor_signature', 'qualified',
   'class_definition', 'enum_declaration', 'extension_declaration',
   'const_object_expression', 'new_expression', 'initializer_list_entry',
-  'field_initializer', 'normal_parameter_type', 'initialized_identifier_list',
+  'field_initializer', 'normal_parameter_type', 'typed_identifier',
+  'initialized_identifier_list',
 ]);
 // Here the first identifier is new, and others are used.
 const kDeclaresFirst = new Set(['initialized_identifier', 'static_final_declaration',
@@ -33,11 +34,13 @@ const isUse = node => {
 
 const uriOf = node => /['"](.*)['"]/.exec(nodesOfType(node, 'uri')[0].text)[1];
 
+const kPackages = {corvane: 'lib/', corvane_example: 'example/lib/'};
+
 // The file of ours that `uri` means when it stands in the file `path`.
 function fileOf(model, path, uri) {
-  const wanted = uri.startsWith('package:corvane/')
-    ? `lib/${uri.slice('package:corvane/'.length)}`
-    : normalize(join(dirname(path), uri));
+  const [, name, rest] = /^package:(\w+)\/(.*)/.exec(uri) ?? [];
+  const wanted = kPackages[name] ? kPackages[name] + rest
+                                 : normalize(join(dirname(path), uri));
   return model.files.find(file => file.path === wanted);
 }
 
@@ -61,7 +64,8 @@ function namesOf(model, file) {
 }
 
 function importsOf(model, file, report) {
-  const imports = [{uri: 'dart:core', names: namesOfLibrary('dart:core'), isUsed: true}];
+  const imports = [{uri: 'dart:core', names: namesOfLibrary('dart:core'),
+                    used: new Set()}];
   for (const node of nodesOfType(file.root, 'library_import', 'library_export')) {
     const target = node.type === 'library_import'
       ? node.namedChildren[0] : node;
@@ -69,8 +73,8 @@ function importsOf(model, file, report) {
     const found = namesBehind(model, file.path, uri, target);
     if (!found) report(node, `nothing is known of ${uri}`);
     for (const name of found?.absent ?? []) report(node, `${uri} has no "${name}"`);
-    imports.push({uri, node, names: found?.names ?? [],
-                  isUsed: node.type === 'library_export'});
+    imports.push({uri, node, names: found?.names ?? [], used: new Set(),
+                  isExport: node.type === 'library_export'});
   }
   return imports;
 }
@@ -86,6 +90,14 @@ const inheritedBy = (model, type, seen = new Set()) => {
   return names;
 };
 
+// The names that doc comments link to: an import for them is needed.
+const linksIn = text => (text.match(/^ *\/\/\/.*$/gm) ?? [])
+  .flatMap(line => [...line.matchAll(/\[(\w+)/g)].map(([, name]) => name));
+
+// Whether the import `other` makes the import `each` unnecessary.
+const isWider = (other, each) => each.used.size > 0 &&
+  other.used.size > each.used.size && [...each.used].every(name => other.used.has(name));
+
 // Faults in the names of one file of `model`, as lines of text.
 export function faultsInNames(model, file, counted = {}) {
   const faults = new Set();
@@ -96,7 +108,7 @@ export function faultsInNames(model, file, counted = {}) {
   const look = (name, node) => {
     counted.names++;
     const sources = imports.filter(each => each.names.includes(name));
-    for (const each of sources) each.isUsed = true;
+    for (const each of sources) each.used.add(name);
     if (!sources.length && !own.includes(name)) report(node, `"${name}" is unknown here`);
   };
   for (const {nodes, owner, locals} of unitsOf(file)) {
@@ -117,8 +129,14 @@ export function faultsInNames(model, file, counted = {}) {
   for (const name of typeNamesInCalls(file.text)) {
     if (!parameters.includes(name)) look(name, file.root);
   }
-  for (const {uri, node, isUsed} of imports) {
-    if (!isUsed) report(node, `${uri} is imported and not used`);
+  for (const name of linksIn(file.text)) {
+    for (const each of imports) if (each.names.includes(name)) each.used.add(name);
+  }
+  const needed = imports.filter(({node, isExport}) => node && !isExport);
+  for (const each of needed) {
+    if (!each.used.size) report(each.node, `${each.uri} is imported and not used`);
+    const wider = needed.find(other => isWider(other, each));
+    if (wider) report(each.node, `${wider.uri} brings all that is used of ${each.uri}`);
   }
   return [...faults];
 }

@@ -50,9 +50,12 @@ function keysReadFor(model, type) {
   return keys;
 }
 
+// The constant `unknown` stands for what the plugin has no word for.
 function enumWords(model, name) {
-  const constants = model.types.get(name)?.members ?? [];
-  return new Set(constants.filter(({kind}) => kind === 'constant').map(({node}) =>
+  const members = model.types.get(name)?.members ?? [];
+  const constants = members.filter(each => each.kind === 'constant' &&
+                                           each.name !== 'unknown');
+  return new Set(constants.map(({node}) =>
     nodesIn(node).map(stringOf).find(word => word !== null)));
 }
 

@@ -54,20 +54,24 @@ class Node {
 
 const parsed = new Map();
 
+const blanked = text => text.replace(/[^\n]/g, ' ');
+
+// The Dart grammar wants a name behind `library`; a library needs none.
+const kNamelessLibrary = /^library;$/m;
+
 export function parse(language, text) {
   const key = `${language} ${text}`;
   if (!parsed.has(key)) {
     const parser = new Parser();
     parser.setLanguage(languages[language]);
-    const tree = parser.parse(text);
+    const tree = parser.parse(language === 'dart'
+      ? text.replace(kNamelessLibrary, blanked) : text);
     parsed.set(key, new Node(tree.walk(), text, null));
     tree.delete();
     parser.delete();
   }
   return parsed.get(key);
 }
-
-const blanked = text => text.replace(/[^\n]/g, ' ');
 
 // The Dart grammar takes the type arguments of some calls for comparisons,
 // which is no error to it. Where calls are looked at, they are blanked out.
