@@ -49,9 +49,14 @@ class FakePlugin {
       calls.map<String>((MethodCall call) => call.method).toList();
 
   /// Makes [method] fail with [code].
-  void fail(String method, String code, {Object? details}) {
+  void fail(
+    String method,
+    String code, {
+    String message = 'no',
+    Object? details,
+  }) {
     answers[method] = (MethodCall call) async {
-      throw PlatformException(code: code, message: 'no', details: details);
+      throw PlatformException(code: code, message: message, details: details);
     };
   }
 

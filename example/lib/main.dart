@@ -1,4 +1,5 @@
 import 'dart:async';
+import 'dart:io' show Platform;
 import 'dart:ui' show AppExitResponse;
 
 import 'package:flutter/material.dart';
@@ -9,14 +10,15 @@ import 'src/take_store.dart';
 
 void main() {
   WidgetsFlutterBinding.ensureInitialized();
-  final Recorder recorder = Recorder(store: TakeStore.ofUser());
+  final Recorder recorder =
+      Recorder(store: TakeStore.ofUser(Platform.environment));
   unawaited(recorder.open());
   runApp(RecorderApp(recorder: recorder));
 }
 
 /// The example's application.
 class RecorderApp extends StatefulWidget {
-  /// Creates the application around its one [recorder].
+  /// Creates the application around its one [recorder], which it disposes of.
   const RecorderApp({required this.recorder, super.key});
 
   /// What records.
@@ -38,6 +40,7 @@ class _RecorderAppState extends State<RecorderApp> {
   @override
   void dispose() {
     _lifecycle.dispose();
+    widget.recorder.dispose();
     super.dispose();
   }
 

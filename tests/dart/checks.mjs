@@ -59,7 +59,8 @@ export function channelWords(texts) {
 // What is overridden is documented where it comes from; an enum's constructor
 // can't be called.
 export function documentation(texts) {
-  const model = modelOf(dartFilesIn(texts).filter(({path}) => !path.startsWith('test/')));
+  const model = modelOf(dartFilesIn(texts).filter(({path}) =>
+    !/^(example\/)?(integration_)?test\//.test(path)));
   const wanted = [];
   for (const file of model.files) {
     for (const each of [...file.types, ...file.functions]) {
@@ -84,7 +85,8 @@ export function documentation(texts) {
 function* programsIn(texts) {
   const files = dartFilesIn(texts);
   const below = folder => files.filter(({path}) => path.startsWith(folder));
-  for (const folder of ['example/', 'test/']) yield [...below('lib/'), ...below(folder)];
+  yield [...below('lib/'), ...below('test/')];
+  yield [...below('lib/'), ...below('test/fake_plugin.dart'), ...below('example/')];
   for (const snippet of snippetsIn(texts)) yield [...below('lib/'), snippet];
 }
 

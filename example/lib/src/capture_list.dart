@@ -2,6 +2,7 @@ import 'package:corvane/corvane.dart';
 import 'package:flutter/material.dart';
 
 import 'recorder.dart';
+import 'recorder_phase.dart';
 import 'transport.dart';
 
 /// The captures that are there, each with its state.
@@ -26,7 +27,8 @@ class CaptureList extends StatelessWidget {
   }
 
   Widget _tile(FoundCapture capture) {
-    final bool isInterrupted = recorder.interrupted?.path == capture.path;
+    final bool isInterrupted = recorder.interrupted
+        .any((FoundCapture each) => each.path == capture.path);
     final bool needsCare = isInterrupted || capture.isTorn;
     return ListTile(
       leading: Icon(needsCare ? Icons.warning_amber : Icons.graphic_eq),

@@ -1,3 +1,4 @@
+import 'dart:async';
 import 'dart:io';
 import 'dart:typed_data';
 
@@ -17,9 +18,9 @@ class MicrophoneException implements Exception {
 /// standard output.
 class Microphone {
   Microphone._(this._process) {
-    _process.stderr
+    unawaited(_process.stderr
         .transform<String>(systemEncoding.decoder)
-        .listen(_complaints.write);
+        .forEach(_complaints.write));
   }
 
   /// Opens the default microphone with the first program that is installed.

@@ -7,30 +7,18 @@ import 'package:flutter/foundation.dart' show ChangeNotifier;
 
 import 'level_meter.dart';
 import 'microphone.dart';
+import 'recorder_phase.dart';
 import 'take_store.dart';
-
-/// What the recorder is doing.
-enum RecorderPhase {
-  /// Nothing is being recorded.
-  idle,
-
-  /// Microphone and capture are being opened.
-  starting,
-
-  /// Sound goes into the capture.
-  recording,
-
-  /// The microphone is open, but what it delivers is thrown away.
-  paused,
-
-  /// The capture is being sealed.
-  stopping,
-}
+import 'unfinished_takes.dart';
 
 /// The application's one recorder: a microphone, the plugin, and the takes.
 class Recorder extends ChangeNotifier {
   /// Creates a recorder that keeps its takes in [store].
-  Recorder({required this.store, this.corvane = const Corvane()});
+  Recorder({
+    required this.store,
+    this.corvane = const Corvane(),
+    this.openMicrophone = Microphone.open,
+  });
 
   static const int _sampleRate = 48000;
   static const int _channels = 1;
@@ -42,15 +30,25 @@ class Recorder extends ChangeNotifier {
   /// The access to the plugin.
   final Corvane corvane;
 
+  /// Opens what a take is recorded from.
+  final Future<Microphone> Function({
+    required int sampleRate,
+    required int channels,
+  }) openMicrophone;
+
   RecorderPhase _phase = RecorderPhase.idle;
   Microphone? _microphone;
+  CaptureSink? _sink;
   Future<void>? _take;
   LevelMeter _meter = LevelMeter(sampleRate: _sampleRate, channels: _channels);
   Duration _before = Duration.zero;
-  FoundCapture? _interrupted;
+  late final UnfinishedTakes _unfinished =
+      UnfinishedTakes(store: store, corvane: corvane);
   List<FoundCapture> _captures = const <FoundCapture>[];
+  StreamSubscription<CorvaneLogLine>? _logLines;
   final List<CorvaneLogLine> _log = <CorvaneLogLine>[];
   String? _problem;
+  bool _isDisposed = false;
 
   /// What the recorder is doing.
   RecorderPhase get phase => _phase;
@@ -61,8 +59,8 @@ class Recorder extends ChangeNotifier {
   /// The level of the microphone, from 0 to 1.
   double get level => _phase == RecorderPhase.recording ? _meter.peak : 0.0;
 
-  /// A take that a crash has interrupted, until something is done about it.
-  FoundCapture? get interrupted => _interrupted;
+  /// The takes that a crash has interrupted, until something is done about them.
+  List<FoundCapture> get interrupted => _unfinished.found;
 
   /// The captures that are there, the newest first.
   List<FoundCapture> get captures => _captures;
@@ -70,30 +68,21 @@ class Recorder extends ChangeNotifier {
   /// The last lines of the plugin's log, the newest first.
   List<CorvaneLogLine> get log => _log;
 
-  /// What went wrong last, or null.
+  /// What has gone wrong since the last take began, or null.
   String? get problem => _problem;
 
   /// Listens to the log, and looks for what an earlier run has left.
   Future<void> open() async {
-    corvane.log.listen(_onLogLine);
+    _logLines = corvane.log.listen(_onLogLine);
     await _guarded(() async {
-      final String? path = await store.unfinished();
-      if (path == null) {
-        return;
-      }
-      final CaptureLook look = await corvane.look(capturePath: path);
-      switch (look) {
-        case final FoundCapture found:
-          _interrupted = found;
-        case NoCapture _:
-        case ForeignFile _:
-          await store.strikeOut();
+      for (final String path in await store.unfinished()) {
+        await _guarded(() => _unfinished.lookBack(path));
       }
     });
     await _refresh();
   }
 
-  /// Begins a new take. An interrupted one stays in the list as it is.
+  /// Begins a new take. An interrupted one stays as it is.
   Future<void> start() {
     final String path = store.newPath(DateTime.now());
     return _record(
@@ -122,10 +111,10 @@ class Recorder extends ChangeNotifier {
 
   /// Seals [capture] as far as it goes.
   Future<void> finish(FoundCapture capture) async {
-    await _guarded(() async {
-      await corvane.finalizeCapture(capture: capture);
-      await _settle(capture.path);
-    });
+    await _guarded(() => _unfinished.settle(
+          capture.path,
+          () => corvane.finalizeCapture(capture: capture),
+        ));
     await _refresh();
   }
 
@@ -134,9 +123,9 @@ class Recorder extends ChangeNotifier {
     return _guarded(() async {
       final RecorderPhase before = _phase;
       if (before == RecorderPhase.recording) {
-        await corvane.pause();
+        await _sink?.pause();
       } else if (before == RecorderPhase.paused) {
-        await corvane.resume();
+        await _sink?.resume();
       }
       // The take may have ended meanwhile.
       if (_phase == RecorderPhase.recording && before == _phase) {
@@ -158,6 +147,14 @@ class Recorder extends ChangeNotifier {
     await _take;
   }
 
+  @override
+  void dispose() {
+    _isDisposed = true;
+    unawaited(stop());
+    unawaited(_logLines?.cancel());
+    super.dispose();
+  }
+
   Future<void> _record({
     required String path,
     required int sampleRate,
@@ -174,12 +171,12 @@ class Recorder extends ChangeNotifier {
     _enter(RecorderPhase.starting);
     final Future<void> take = _guarded(() async {
       final Microphone microphone =
-          await Microphone.open(sampleRate: sampleRate, channels: channels);
+          await openMicrophone(sampleRate: sampleRate, channels: channels);
       _microphone = microphone;
       try {
         await store.noteDown(path);
         await begin();
-        _interrupted = null;
+        _unfinished.takeUp(path);
         await _pipe(microphone, path);
       } finally {
         microphone.close();
@@ -196,44 +193,39 @@ class Recorder extends ChangeNotifier {
     await _refresh();
   }
 
-  // Whatever ends the microphone's stream, the capture is sealed.
+  // Whatever ends the microphone's stream, the capture is sealed; and whatever
+  // becomes of that, what ended the stream is told too.
   Future<void> _pipe(Microphone microphone, String path) async {
     if (_phase == RecorderPhase.starting) {
       _enter(RecorderPhase.recording);
     } else {
       microphone.close(); // stopped before it has begun
     }
-    final CaptureSink sink = CaptureSink(corvane: corvane);
+    final CaptureSink sink = CaptureSink(
+      corvane: corvane,
+      flushEvery: const Duration(seconds: 1),
+    );
+    _sink = sink;
     try {
-      await microphone.pcm.map<Uint8List>(_metered).pipe(sink);
+      await _guarded(() => microphone.pcm.map<Uint8List>(_metered).pipe(sink));
     } finally {
-      await sink.close();
-      await _settle(path);
+      await _guarded(() => _unfinished.settle(path, sink.close));
+      _sink = null;
     }
   }
 
   Uint8List _metered(Uint8List chunk) {
     if (_phase == RecorderPhase.recording) {
       _meter.measure(chunk);
-      notifyListeners();
+      _tell();
     }
     return chunk;
-  }
-
-  // The capture at [path] is sealed: there is nothing to recover any more.
-  Future<void> _settle(String path) async {
-    if (await store.unfinished() == path) {
-      await store.strikeOut();
-    }
-    if (_interrupted?.path == path) {
-      _interrupted = null;
-    }
   }
 
   Future<void> _refresh() {
     return _guarded(() async {
       _captures = await store.captures(corvane);
-      notifyListeners();
+      _tell();
     });
   }
 
@@ -250,13 +242,20 @@ class Recorder extends ChangeNotifier {
   }
 
   void _complain(String problem) {
-    _problem = problem;
-    notifyListeners();
+    final String? before = _problem;
+    _problem = before == null ? problem : '$before\n$problem';
+    _tell();
   }
 
   void _enter(RecorderPhase phase) {
     _phase = phase;
-    notifyListeners();
+    _tell();
+  }
+
+  void _tell() {
+    if (!_isDisposed) {
+      notifyListeners();
+    }
   }
 
   void _onLogLine(CorvaneLogLine line) {
@@ -264,7 +263,7 @@ class Recorder extends ChangeNotifier {
     if (_log.length > _maxLogLines) {
       _log.removeLast();
     }
-    notifyListeners();
+    _tell();
     // A pause never fails, so this is all that tells of a write that did.
     if (line.message.startsWith('pause drain failed for')) {
       unawaited(stop());

@@ -4,6 +4,7 @@ import 'package:flutter/material.dart';
 import 'capture_list.dart';
 import 'log_view.dart';
 import 'recorder.dart';
+import 'recorder_phase.dart';
 import 'transport.dart';
 
 /// The application's one page.
@@ -21,13 +22,12 @@ class RecorderPage extends StatelessWidget {
       body: ListenableBuilder(
         listenable: recorder,
         builder: (BuildContext context, Widget? child) {
-          final FoundCapture? interrupted = recorder.interrupted;
           final String? problem = recorder.problem;
           return Column(
             crossAxisAlignment: CrossAxisAlignment.stretch,
             children: <Widget>[
-              if (interrupted != null)
-                RecoveryBanner(recorder: recorder, capture: interrupted),
+              for (final FoundCapture capture in recorder.interrupted)
+                RecoveryBanner(recorder: recorder, capture: capture),
               Transport(recorder: recorder),
               if (problem != null)
                 Padding(

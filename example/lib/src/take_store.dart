@@ -2,7 +2,7 @@ import 'dart:io';
 
 import 'package:corvane/corvane.dart';
 
-/// The folder of the takes, and the note of the one that is being recorded.
+/// The folder of the takes, and the note of those that aren't sealed.
 ///
 /// A capture doesn't say whether it was sealed. So the path of a take is noted
 /// down when it begins and struck out when it is sealed: what is still noted
@@ -11,11 +11,13 @@ class TakeStore {
   /// Creates a store of the takes in [folder].
   TakeStore({required this.folder});
 
-  /// Creates a store in the user's folder for applications' data.
-  factory TakeStore.ofUser() {
-    final Map<String, String> environment = Platform.environment;
+  /// Creates a store in the user's folder for applications' data, as
+  /// [environment] names it. A relative path there counts as none, and so does
+  /// an empty one.
+  factory TakeStore.ofUser(Map<String, String> environment) {
     final String home = environment['HOME'] ?? '.';
-    final String data = environment['XDG_DATA_HOME'] ?? '$home/.local/share';
+    final String named = environment['XDG_DATA_HOME'] ?? '';
+    final String data = named.startsWith('/') ? named : '$home/.local/share';
     return TakeStore(folder: Directory('$data/corvane_example').absolute);
   }
 
@@ -31,22 +33,41 @@ class TakeStore {
     return '${folder.path}/take-$stamp.aac';
   }
 
-  /// The path that is noted down, or null when every take was sealed.
-  Future<String?> unfinished() async {
-    return await _note.exists() ? (await _note.readAsString()).trim() : null;
+  /// The paths that are noted down, in the order in which the takes began.
+  Future<List<String>> unfinished() async {
+    try {
+      return await _note.readAsLines();
+    } on PathNotFoundException {
+      return <String>[];
+    }
   }
 
-  /// Notes [path] down as the take that is being recorded.
+  /// Notes [path] down as a take that is being recorded, below those that
+  /// nothing was done about.
   Future<void> noteDown(String path) async {
     await folder.create(recursive: true);
-    await _note.writeAsString(path, flush: true);
+    final List<String> paths = await unfinished();
+    if (!paths.contains(path)) {
+      await _write(<String>[...paths, path]);
+    }
   }
 
-  /// Strikes out what is noted down.
-  Future<void> strikeOut() async {
-    if (await _note.exists()) {
-      await _note.delete();
+  /// Strikes [path] out.
+  Future<void> strikeOut(String path) async {
+    final List<String> paths = await unfinished();
+    if (paths.remove(path)) {
+      await _write(paths);
     }
+  }
+
+  // The old note stays until the new one is on the disk.
+  Future<void> _write(List<String> paths) async {
+    final File next = File('${_note.path}.new');
+    await next.writeAsString(
+      paths.map<String>((String path) => '$path\n').join(),
+      flush: true,
+    );
+    await next.rename(_note.path);
   }
 
   /// The captures in the folder, the newest first.

@@ -1,6 +1,7 @@
 import 'package:flutter/material.dart';
 
 import 'recorder.dart';
+import 'recorder_phase.dart';
 
 /// A duration as minutes and seconds, "4:07" for one.
 String clockOf(Duration duration) {
