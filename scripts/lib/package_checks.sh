@@ -29,7 +29,7 @@ lay_out_application() {
   cp -r example/linux "$application"
   rm -rf "$ephemeral"
   cp tests/application/{main.cc,my_application.cc,my_application.h} \
-    "$application/linux"
+    "$application/linux/runner"
   cp tests/application/tool_backend.sh "$tool"
   lay_out_engine
   mkdir -p "$ephemeral/.plugin_symlinks"

@@ -1,4 +1,9 @@
-// Written anew by the Flutter tool whenever the plugins change.
+//
+//  Generated file. Do not edit.
+//
+
+// clang-format off
+
 #include "generated_plugin_registrant.h"
 
 #include <corvane/corvane_plugin.h>

@@ -1,4 +1,6 @@
-# Written anew by the Flutter tool whenever the plugins change.
+#
+# Generated file, do not edit.
+#
 
 list(APPEND FLUTTER_PLUGIN_LIST
   corvane
