@@ -86,8 +86,8 @@ Future<CaptureLook> lookAtCapture(String path) async {
   }
 }
 
-/// Whether there is anything at [path]. Throws a [FileSystemException] when that
-/// can't be told: in a folder that may not be searched, for one.
+/// Whether there is anything at [path]. Throws a [FileSystemException] when
+/// that can't be told: in a folder that may not be searched, for one.
 Future<bool> isThere(String path) async {
   if (await FileSystemEntity.type(path) != FileSystemEntityType.notFound) {
     return true;

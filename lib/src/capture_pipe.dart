@@ -49,8 +49,8 @@ class CapturePipe {
     return _failure;
   }
 
-  /// Takes no more from the stream, and completes when every append is answered.
-  /// Never fails.
+  /// Takes no more from the stream, and completes when every append is
+  /// answered. Never fails.
   Future<void> end() {
     _end();
     return _answered.future;

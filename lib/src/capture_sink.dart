@@ -113,8 +113,8 @@ class CaptureSink implements StreamConsumer<Uint8List> {
     _throwIfAny(failure);
   }
 
-  /// Pauses the take, as [Corvane.pause] does. What the stream still delivers is
-  /// thrown away until [resume], and asks for no flush.
+  /// Pauses the take, as [Corvane.pause] does. What the stream still delivers
+  /// is thrown away until [resume], and asks for no flush.
   Future<void> pause() {
     final Future<void> answer = corvane.pause();
     // A pause writes out what the encoder still held.
@@ -134,8 +134,8 @@ class CaptureSink implements StreamConsumer<Uint8List> {
   ///
   /// However often it is called, the take is stopped once, and every call has
   /// the same result. That is the error of a flush that has failed while no
-  /// stream was being added, as nobody has heard of it yet; the take was stopped
-  /// and sealed then.
+  /// stream was being added, as nobody has heard of it yet; the take was
+  /// stopped and sealed then.
   @override
   Future<CaptureResult> close() => _result ??= _closeOnce();
 

@@ -126,9 +126,9 @@ class Corvane {
     return _answerOf(_channel.invokeMethod<void>('flush'));
   }
 
-  /// Begins a take that goes on in the capture at [capturePath]. A torn frame at
-  /// its end is cut off; foreign bytes stay, and the new frames go to the end of
-  /// the file.
+  /// Begins a take that goes on in the capture at [capturePath]. A torn frame
+  /// at its end is cut off; the new frames go to the file's end: foreign bytes
+  /// stay.
   ///
   /// The format is as for [start], and is not compared with what is in the
   /// file: a file of several rates plays, but its duration is a guess.

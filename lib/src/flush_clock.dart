@@ -4,11 +4,11 @@ import 'dart:async';
 ///
 /// Flushes begin at least [every] apart. There are never two at once, none
 /// when nothing was written since the last began, and none is made up for: the
-/// time is that of Dart's own timers, which is monotonic, and stands still while
-/// the machine is suspended.
+/// time is that of Dart's own timers, which is monotonic, and stands still
+/// while the machine is suspended.
 class FlushClock {
   /// Creates a clock that stands until something is written. It calls [flush],
-  /// and tells a failure of that to [onFailure], after which it stands for good.
+  /// and tells its failure to [onFailure], after which it stands for good.
   FlushClock({
     required this.every,
     required this.flush,

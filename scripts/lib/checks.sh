@@ -8,6 +8,7 @@ scripts_are_sound() {
     bench/compare bench/charts \
     scripts/crash-test scripts/fuzz scripts/soak scripts/coverage \
     scripts/counts scripts/mutants scripts/check-debian13 scripts/check-package \
+    scripts/check-flutter \
     packaging/corvane.bash \
     tests/application/tool_backend.sh \
     scripts/lib/*.sh \

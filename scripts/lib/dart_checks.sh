@@ -22,6 +22,75 @@ dart_holds_together() {
   node tests/dart/check.mjs "$folder/node_modules"
 }
 
+# The other gate can't be run here: that it says what it needs, and with an SDK
+# on the path takes every step and fails with each of them, can be shown.
+flutter_gate_holds() {
+  local step steps
+  gate_names_what_it_needs
+  steps=$(flutter_steps 0)
+  diff - <(echo "$steps") <<END
+flutter pub get
+flutter analyze
+dart format --output=none --set-exit-if-changed lib test example
+flutter test
+flutter pub get
+flutter test
+flutter build linux
+flutter test integration_test -d linux
+END
+  for ((step = 1; step <= $(wc -l <<<"$steps"); step++)); do
+    ! flutter_steps "$step" || return
+  done
+  ! LEFT_BEHIND=example/left_behind flutter_steps 0 || return
+  tool_leavings_are_ignored
+  grep -xF "      - run: scripts/test" .github/workflows/checks.yml
+  grep -xF "      - run: xvfb-run -a scripts/check-flutter" \
+    .github/workflows/checks.yml
+}
+
+# With a path of its own: nobody knows where an SDK may be.
+gate_names_what_it_needs() {
+  local place=$PWD/build/without_flutter status=0 tool
+  rm -rf "$place" && mkdir "$place"
+  for tool in bash dirname readlink; do
+    ln -s "$(command -v $tool)" "$place"
+  done
+  PATH=$place scripts/check-flutter >"$place/out" 2>"$place/err" || status=$?
+  ((status == 2))
+  [[ ! -s $place/out && $(wc -l <"$place/err") == 1 ]]
+  grep -F "needs a Flutter SDK on the path" "$place/err"
+}
+
+# flutter_steps FAILING: prints what scripts/check-flutter asks of an SDK whose
+# call number FAILING fails; with the SDK leaving the file $LEFT_BEHIND.
+flutter_steps() {
+  local place=$PWD/build/with_flutter status=0 tool
+  rm -rf "$place" && mkdir "$place"
+  for tool in flutter dart; do
+    cat >"$place/$tool" <<END
+#!/bin/sh
+echo "$tool \$*" >>"$place/calls"
+[ -z "${LEFT_BEHIND:-}" ] || : >"$PWD/${LEFT_BEHIND:-}"
+[ "\$(wc -l <"$place/calls")" -ne "$1" ]
+END
+    chmod +x "$place/$tool"
+  done
+  PATH=$place:$PATH scripts/check-flutter >"$place/log" 2>&1 || status=$?
+  [[ -z ${LEFT_BEHIND:-} ]] || rm -f "$LEFT_BEHIND"
+  cat "$place/calls"
+  return $status
+}
+
+# What the Flutter tool writes that is no source leaves the tree clean.
+tool_leavings_are_ignored() {
+  local file
+  for file in {,example/}{.dart_tool/package_config.json,pubspec.lock} \
+    {,example/}.flutter-plugins{,-dependencies} \
+    example/build/linux/x64 example/linux/flutter/ephemeral/icudtl.dat; do
+    git check-ignore --no-index "$file"
+  done
+}
+
 # Prints the files that would be published: all that .pubignore leaves.
 published_files() {
   comm -23 <(git ls-files --cached --others --exclude-standard | sort) \
@@ -43,5 +112,5 @@ package_is_small() {
     include/corvane/corvane_plugin.h example/lib/main.dart; do
     [[ $'\n'$list$'\n' == *$'\n'$needed$'\n'* ]]
   done
-  ! grep -E '^(build|tests|embedding|host|scripts)/' <<<"$list"
+  ! grep -E '^(build|tests|embedding|host|scripts|[.]github)/' <<<"$list"
 }

@@ -6,7 +6,9 @@ import {dartFilesIn, snippetsIn} from './dart_sources.mjs';
 import {faultsInNames} from './dart_names.mjs';
 import {faultsInSwitches} from './dart_switches.mjs';
 import {faultsInUses} from './dart_uses.mjs';
+import {rules} from './dart_rules.mjs';
 import {dartWords} from './dart_words.mjs';
+import {generatedFiles} from './flutter_tool.mjs';
 import {pluginWords} from './plugin_words.mjs';
 
 // Every Dart file and snippet is Dart, as far as the grammar knows it.
@@ -127,48 +129,81 @@ export const members = texts => inEach(texts, faultsInMembers);
 // Names are declared or imported, and imports are needed.
 export const names = texts => inEach(texts, faultsInNames);
 
-// The package fits what the Flutter tool makes of its pubspec, and README's way
-// to a first take is short.
-export function thePackage(texts) {
+const text = (texts, path) => texts.get(path) ?? '';
+
+const field = (source, name) =>
+  new RegExp(`^\\s*${name}: *(\\S.*)$`, 'm').exec(source)?.[1];
+
+// What `judge` holds: it calls its argument with [what must be so, the fault].
+function held(judge) {
   const faults = [];
   let count = 0;
-  const hold = (condition, fault) => {
+  judge((condition, fault) => {
     count++;
     if (!condition) faults.push(fault);
-  };
-  const text = path => texts.get(path) ?? '';
-  const pubspec = text('pubspec.yaml');
-  const field = (source, name) =>
-    new RegExp(`^\\s*${name}: *(\\S.*)$`, 'm').exec(source)?.[1];
+  });
+  return {count, faults};
+}
+
+// As the Flutter tool derives them from the pubspec.
+function pluginOf(texts) {
+  const pubspec = text(texts, 'pubspec.yaml');
   const pluginClass = field(pubspec, 'pluginClass') ?? '';
-  const snake = pluginClass.replace(/(?<!^)([A-Z])/g, '_$1').toLowerCase();
-  const name = field(pubspec, 'name');
-  const header = text(`include/${name}/${snake}.h`);
-  hold(header.includes(`${snake}_register_with_registrar(`),
-       `include/${name}/${snake}.h does not declare what an application calls`);
+  return {name: field(pubspec, 'name'), pluginClass,
+          header: pluginClass.replace(/(?<!^)([A-Z])/g, '_$1').toLowerCase()};
+}
+
+// The package fits what the Flutter tool makes of its pubspec.
+const thePackage = texts => held(hold => {
+  const pubspec = text(texts, 'pubspec.yaml');
+  const {name, header} = pluginOf(texts);
+  hold(text(texts, `include/${name}/${header}.h`).includes(`${header}_register_with_registrar(`),
+       `include/${name}/${header}.h does not declare what an application calls`);
   hold(/^ {4}platforms:\n {6}linux:\n {8}pluginClass:/m.test(pubspec),
        'pubspec.yaml: the plugin is none for Linux');
   hold(/^dependencies:\n {2}flutter:\n {4}sdk: flutter\n\n/m.test(pubspec),
        'pubspec.yaml: there are other dependencies than flutter');
   const version = field(pubspec, 'version');
-  hold(version && text('CMakeLists.txt').includes(`VERSION ${version} `),
+  hold(version && text(texts, 'CMakeLists.txt').includes(`VERSION ${version} `),
        `pubspec.yaml: version ${version} is not CMakeLists.txt's`);
-  hold(text('CHANGELOG.md').includes(`## ${version}`),
+  hold(text(texts, 'CHANGELOG.md').includes(`## ${version}`),
        `CHANGELOG.md does not tell of version ${version}`);
-  for (const bound of ['sdk', 'flutter']) {
-    hold(field(pubspec, bound) === field(text('example/pubspec.yaml'), bound),
-         `example/pubspec.yaml: its bound on "${bound}" is another`);
+  hold(text(texts, 'analysis_options.yaml').startsWith('include: package:flutter_lints/'),
+       'analysis_options.yaml: the usual lints are left out');
+});
+
+// The example is as the Flutter tool would have laid it out, so that a build
+// leaves it as it is.
+const theExample = texts => held(hold => {
+  for (const [path, wanted] of Object.entries(generatedFiles(pluginOf(texts)))) {
+    hold(text(texts, path) === wanted, `${path} is not what the Flutter tool writes`);
   }
+  for (const bound of ['sdk', 'flutter', 'flutter_lints']) {
+    const [ours, its] = ['', 'example/'].map(folder =>
+      field(text(texts, `${folder}pubspec.yaml`), bound));
+    hold(ours && ours === its, `example/pubspec.yaml: its bound on "${bound}" is another`);
+  }
+  hold(/g_set_prgname\(APPLICATION_ID\);[^]*g_object_new/.test(
+         text(texts, 'example/linux/runner/my_application.cc')),
+       'example/linux/runner: the program is not named after the application');
+  hold(/^project_type: app$/m.test(text(texts, 'example/.metadata')),
+       'example/.metadata does not say what the project is');
+});
+
+// README's way to a first take is short, and shows that it is one.
+const theFirstTake = texts => held(hold => {
   const first = [...snippetsIn(texts)].find(({path, isWhole}) =>
-    isWhole && path.startsWith('README.md'));
-  const lines = first?.code.trim().split('\n').filter(line => line.trim()).length;
-  hold(first && ['start(', 'pipe(', 'close('].every(call => first.code.includes(call)),
+    isWhole && path.startsWith('README.md'))?.code ?? '';
+  const lines = first.trim().split('\n').filter(line => line.trim()).length;
+  hold(['start(', 'pipe(', 'close('].every(call => first.includes(call)),
        'README.md: no whole program leads to a sealed take');
   hold(lines < 20, `README.md: the first take needs ${lines} lines of Dart`);
-  return {count, faults};
-}
+  hold(first.includes('runApp('), 'README.md: the first take opens no window');
+  hold(/Process\.start\([^]*\.start\(\s*capturePath:/.test(first),
+       'README.md: the first take begins before its microphone');
+});
 
 export const allChecks = {
-  syntax, 'channel words': channelWords, documentation, members, names,
-  package: thePackage,
+  syntax, 'channel words': channelWords, documentation, members, names, rules,
+  package: thePackage, example: theExample, 'first take': theFirstTake,
 };

@@ -22,7 +22,8 @@ export function readCheckout(root) {
   const texts = new Map();
   for (const path of filesBelow(root, '')) {
     const isOurs = /\.(dart|md)$/.test(path) || path.endsWith('pubspec.yaml') ||
-      path === 'CMakeLists.txt' || /^(src|include|host)\/.*\.(h|cc)$/.test(path);
+      ['CMakeLists.txt', 'analysis_options.yaml', 'example/.metadata'].includes(path) ||
+      /^(src|include|host|example\/linux)\/.*\.(h|cc|cmake)$/.test(path);
     if (isOurs) texts.set(path, readFileSync(join(root, path), 'utf8'));
   }
   return texts;

@@ -59,7 +59,7 @@ class Recorder extends ChangeNotifier {
   /// The level of the microphone, from 0 to 1.
   double get level => _phase == RecorderPhase.recording ? _meter.peak : 0.0;
 
-  /// The takes that a crash has interrupted, until something is done about them.
+  /// The takes that a crash has interrupted and nothing was done about.
   List<FoundCapture> get interrupted => _unfinished.found;
 
   /// The captures that are there, the newest first.

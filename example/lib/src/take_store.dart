@@ -72,17 +72,18 @@ class TakeStore {
 
   /// The captures in the folder, the newest first.
   Future<List<FoundCapture>> captures(Corvane corvane) async {
-    if (!await folder.exists()) {
-      return <FoundCapture>[];
-    }
     final List<FoundCapture> found = <FoundCapture>[];
-    await for (final FileSystemEntity entity in folder.list()) {
-      if (entity.path.endsWith('.aac')) {
-        final CaptureLook look = await corvane.look(capturePath: entity.path);
-        if (look is FoundCapture) {
-          found.add(look);
+    try {
+      await for (final FileSystemEntity entity in folder.list()) {
+        if (entity.path.endsWith('.aac')) {
+          final CaptureLook look = await corvane.look(capturePath: entity.path);
+          if (look is FoundCapture) {
+            found.add(look);
+          }
         }
       }
+    } on PathNotFoundException {
+      return <FoundCapture>[]; // there was no take yet
     }
     found.sort((FoundCapture a, FoundCapture b) => b.path.compareTo(a.path));
     return found;

@@ -20,8 +20,8 @@ class UnfinishedTakes {
   List<FoundCapture> get found => _found;
 
   /// Looks whether there is something to recover at [path], which was noted
-  /// down. When it can't be looked at, this throws, and the note stays: the take
-  /// may be there all the same.
+  /// down. When it can't be looked at, this throws, and the note stays: the
+  /// take may be there all the same.
   Future<void> lookBack(String path) async {
     final CaptureLook look = await corvane.look(capturePath: path);
     switch (look) {
@@ -38,8 +38,8 @@ class UnfinishedTakes {
   }
 
   /// Lets [seal] finish the take at [path], and strikes it out. What could not
-  /// be sealed stays, unless it never will be: without a whole frame, or without
-  /// a file, there is nothing left to do.
+  /// be sealed stays, unless it never will be: without a whole frame, or
+  /// without a file, there is nothing left to do.
   Future<void> settle(
     String path,
     Future<CaptureResult> Function() seal,
