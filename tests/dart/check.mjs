@@ -17,7 +17,7 @@ await loadGrammars(process.argv[2]);
 const texts = readCheckout('.');
 let isWrong = false;
 for (const [name, check] of Object.entries({...allChecks, 'self-test': selfTest})) {
-  const {count, faults} = check(texts);
+  const {count, faults} = await check(texts);
   for (const fault of faults) console.log(fault);
   console.log(`dart ${name}: ${Math.max(count - faults.length, 0)} passed, ` +
               `${faults.length} failed`);

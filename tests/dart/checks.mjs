@@ -1,5 +1,5 @@
 // The checks. Each takes the texts of a checkout by path, and returns what was
-// looked at (a count) and what is wrong (lines of text).
+// looked at (a count) and what is wrong (lines of text), or a promise of them.
 import {lineOf, nodesIn, parse} from './grammar.mjs';
 import {isPublic, modelOf} from './dart_model.mjs';
 import {dartFilesIn, snippetsIn} from './dart_sources.mjs';
@@ -10,6 +10,7 @@ import {rules} from './dart_rules.mjs';
 import {dartWords} from './dart_words.mjs';
 import {generatedFiles} from './flutter_tool.mjs';
 import {pluginWords} from './plugin_words.mjs';
+import {sinkRuns} from './sink_runs.mjs';
 
 // Every Dart file and snippet is Dart, as far as the grammar knows it.
 export function syntax(texts) {
@@ -205,5 +206,6 @@ const theFirstTake = texts => held(hold => {
 
 export const allChecks = {
   syntax, 'channel words': channelWords, documentation, members, names, rules,
+  'sink runs': sinkRuns,
   package: thePackage, example: theExample, 'first take': theFirstTake,
 };
