@@ -170,8 +170,7 @@ void main() {
       sink.addStream(Stream<Uint8List>.value(_chunk)),
       failsWith(CorvaneErrorCode.writeFailed),
     );
-    await expectLater(
-        sink.close(), failsWith(CorvaneErrorCode.finalizeFailed));
+    await expectLater(sink.close(), failsWith(CorvaneErrorCode.finalizeFailed));
   });
 
   test('another error ends the pipe and leaves the take open', () async {

@@ -52,8 +52,9 @@ void main() {
       openMicrophone: ({
         required int sampleRate,
         required int channels,
-      }) async =>
-          microphone,
+      }) async {
+        return microphone;
+      },
     );
   });
 

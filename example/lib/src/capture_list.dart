@@ -21,8 +21,7 @@ class CaptureList extends StatelessWidget {
     }
     return ListView.builder(
       itemCount: captures.length,
-      itemBuilder: (BuildContext context, int index) =>
-          _tile(captures[index]),
+      itemBuilder: (BuildContext context, int index) => _tile(captures[index]),
     );
   }
 
