@@ -9,6 +9,7 @@ import {faultsInUses} from './dart_uses.mjs';
 import {rules} from './dart_rules.mjs';
 import {dartWords} from './dart_words.mjs';
 import {generatedFiles} from './flutter_tool.mjs';
+import {lookRuns} from './look_runs.mjs';
 import {pluginWords} from './plugin_words.mjs';
 import {sinkRuns} from './sink_runs.mjs';
 
@@ -206,6 +207,6 @@ const theFirstTake = texts => held(hold => {
 
 export const allChecks = {
   syntax, 'channel words': channelWords, documentation, members, names, rules,
-  'sink runs': sinkRuns,
+  'look runs': lookRuns, 'sink runs': sinkRuns,
   package: thePackage, example: theExample, 'first take': theFirstTake,
 };

@@ -131,8 +131,10 @@ const kBreaks = [
 
   ['rules', 'lib/src/capture_look.dart', 'if (!await isThere(path)) {',
    'if (!await File(path).exists()) {', /"exists" takes every failure for absence/],
-  ['rules', 'lib/src/capture_look.dart', 'on PathNotFoundException {', 'on FileSystemException {',
-   /only this exception says/],
+  ['look runs', 'lib/src/capture_look.dart', 'on PathNotFoundException {', 'catch (error) {',
+   /may not be searched: false/],
+  ['look runs', 'lib/src/capture_look.dart', 'FileSystemEntityType.notFound) {', 'null) {',
+   /nothing: true/],
   ['rules', 'example/lib/src/take_store.dart', 'await _note.readAsLines()',
    'await _note.exists() ? await _note.readAsLines() : <String>[]', /"exists" takes/],
   ['rules', 'lib/src/capture_pipe.dart', '  StreamSubscription<Uint8List>? _sub',
