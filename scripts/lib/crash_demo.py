@@ -182,9 +182,10 @@ formula  2048 + (fed mod 1024) sample frames at {RATE} Hz: the encoder's
          look-ahead, and the frame that was being filled. Audio that was read
          and not yet worked on is lost as well: a busy machine shows more.
 
-ffmpeg hands 256 KiB at a time to the system, 16 s at this bit rate, and a kill
-takes what it still holds. It cannot go on in a file, so each kill begins
-another one.""")
+ffmpeg at its default hands 256 KiB at a time to the system, 16 s at this bit
+rate, and a kill takes what it still holds; told to flush every packet it loses
+as little as Corvane: docs/benchmarks.md. It cannot go on in a file, so each
+kill begins another one.""")
 
 
 def print_verdicts(take):
