@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <map>
 
+#include "commands/usage_hint.h"
 #include "terminal/exit_status.h"
 
 namespace corvane {
@@ -52,8 +53,10 @@ constexpr char kFinalizeNotes[] =
 holds audio; nothing else in it is changed. A capture plays without this too.
 
   corvane finalize take.aac
+  corvane finalize *.aac
 
-The figures come as JSON on standard output, all else on standard error. Exit
+The figures come as JSON on standard output, a line for each file, all else on
+standard error. Of several files a failed one doesn't hold up the others. Exit
 status: 0 done, 1 failed, 2 wrong usage.
 )";
 
@@ -81,9 +84,32 @@ CLI::Validator within(Number least, Number most) {
   return CLI::Range(least, most).description("");
 }
 
+CLI::Validator file_name() {
+  return {[](const std::string& name) {
+            return name.empty() ? "the name is empty" : std::string();
+          },
+          ""};
+}
+
+// What is written is looked at and gone back to, which no pipe allows.
+CLI::Validator output_name() {
+  return {[](const std::string& name) {
+            return name == "-" ? "standard output can't hold it; name a file "
+                                 "(./- if that is its name)"
+                               : std::string();
+          },
+          ""};
+}
+
+// `path` may be several: a vector of them.
+template <typename PathOrPaths>
 void add_file(CLI::App* command, const char* name, const char* help,
-              std::string* path) {
-  command->add_option(name, *path, help)->type_name("")->required();
+              PathOrPaths* path) {
+  command->add_option(name, *path, help)
+      ->type_name("")
+      ->required()
+      ->check(file_name())
+      ->check(output_name());
 }
 
 void add_format(CLI::App* command, const char* rate_help, int* sample_rate,
@@ -156,7 +182,8 @@ void add_take_options(CLI::App* command, bool has_capture,
   command
       ->add_option("-i", arguments->input,
                    "Audio file; without it, or as -, raw stdin")
-      ->type_name("FILE");
+      ->type_name("FILE")
+      ->check(file_name());
   add_format(command, "Sample rate of raw audio", &arguments->sample_rate,
              "Channels of raw audio, 1 to 6", INT32_MAX, &arguments->channels);
   add_rate_options(command, arguments);
@@ -190,10 +217,10 @@ CLI::App* add_resume(CLI::App* app, TakeArguments* arguments) {
   return command;
 }
 
-CLI::App* add_finalize(CLI::App* app, std::string* capture) {
+CLI::App* add_finalize(CLI::App* app, std::vector<std::string>* captures) {
   CLI::App* command =
-      app->add_subcommand("finalize", "Seal a take that was left behind");
-  add_file(command, "OUT.aac", "The capture to seal", capture);
+      app->add_subcommand("finalize", "Seal takes that were left behind");
+  add_file(command, "OUT.aac", "The captures to seal", captures);
   command->footer(kFinalizeNotes);
   return command;
 }
@@ -211,6 +238,14 @@ CLI::App* add_repair_wav(CLI::App* app, RepairWavArguments* arguments) {
   return command;
 }
 
+std::vector<std::string> names_in(const CLI::App& app) {
+  std::vector<std::string> names;
+  for (const CLI::App* command : app.get_subcommands({})) {
+    names.push_back(command->get_name());
+  }
+  return names;
+}
+
 }  // namespace
 
 std::optional<CommandLine> parse_command_line(int argc, char** argv,
@@ -219,15 +254,17 @@ std::optional<CommandLine> parse_command_line(int argc, char** argv,
   app.footer(kExamples);
   app.set_version_flag("--version", "corvane " CORVANE_VERSION);
   app.require_subcommand(1);
-  app.failure_message([](const CLI::App*, const CLI::Error& error) {
-    return std::string("corvane: ") + error.what() +
+  app.failure_message([argc, argv](const CLI::App* app,
+                                   const CLI::Error& error) {
+    const std::vector<std::string> words(argv + std::min(argc, 1), argv + argc);
+    return "corvane: " + usage_error(error.what(), words, names_in(*app)) +
            "\nRun corvane --help, or corvane COMMAND --help, to see how.\n";
   });
   CommandLine line;
   // One of the two is parsed at most, so they share their arguments.
   const CLI::App* record = add_record(&app, &line.take);
   const CLI::App* resume = add_resume(&app, &line.take);
-  const CLI::App* finalize = add_finalize(&app, &line.capture);
+  const CLI::App* finalize = add_finalize(&app, &line.captures);
   add_repair_wav(&app, &line.repair_wav);
   for (CLI::App* command : app.get_subcommands({})) {
     add_verbosity(command, &line.verbosity);

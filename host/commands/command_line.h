@@ -5,6 +5,7 @@
 
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "commands/repair_wav_command.h"
 #include "take/take_arguments.h"
@@ -16,8 +17,8 @@ enum class Command { kRecord, kResume, kFinalize, kRepairWav };
 
 struct CommandLine {
   Command command = Command::kRecord;
-  TakeArguments take;   // of record and resume
-  std::string capture;  // of finalize: a path
+  TakeArguments take;                 // of record and resume
+  std::vector<std::string> captures;  // of finalize: paths
   Verbosity verbosity = Verbosity::kNormal;
   RepairWavArguments repair_wav;
 };

@@ -79,13 +79,12 @@ bool print_figures(const Before& before, const SealedCapture& sealed,
                     console);
 }
 
-}  // namespace
-
-int run_finalize(const std::string& path, Console* console, LogOutput* log) {
+// Returns whether it was done, figures and all.
+bool finalize(const std::string& path, Console* console, LogOutput* log) {
   CaptureLock lock;
   if (const auto holder = lock.Take(path)) {
     console->Complain(path + ": " + held_by(*holder));
-    return kExitFailed;
+    return false;
   }
   Before before;
   PluginAnswer answer;
@@ -96,14 +95,24 @@ int run_finalize(const std::string& path, Console* console, LogOutput* log) {
   }
   if (!before.error.empty()) {
     console->Complain(path + ": " + before.error);
-    return kExitFailed;
+    return false;
   }
   if (answer.error) {
     report_failure(path, *answer.error, console);
-    return kExitFailed;
+    return false;
   }
-  return print_figures(before, *answer.sealed, console) ? kExitDone
-                                                        : kExitFailed;
+  return print_figures(before, *answer.sealed, console);
+}
+
+}  // namespace
+
+int run_finalize(const std::vector<std::string>& paths, Console* console,
+                 LogOutput* log) {
+  int status = kExitDone;
+  for (const std::string& path : paths) {
+    if (!finalize(path, console, log)) status = kExitFailed;
+  }
+  return status;
 }
 
 }  // namespace corvane

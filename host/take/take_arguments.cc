@@ -3,6 +3,7 @@
 #include <unistd.h>
 
 #include "terminal/exit_status.h"
+#include "terminal/way_out.h"
 
 namespace corvane {
 namespace {
@@ -23,14 +24,24 @@ std::string contradiction(const TakeArguments& arguments,
          " Hz; leave out -r and -c, which are for raw audio";
 }
 
+// The plugin would refuse the format as well, but late: raw audio may be a long
+// time in coming.
+std::unique_ptr<AudioSource> open_raw(const TakeArguments& arguments,
+                                      Console* console, int* status) {
+  auto source =
+      open_raw_input(STDIN_FILENO, {arguments.sample_rate, arguments.channels});
+  const std::string objection = objection_to_format(*source);
+  if (objection.empty()) return source;
+  console->Complain(source->name() + ": " + objection);
+  *status = kExitUsage;
+  return nullptr;
+}
+
 }  // namespace
 
 std::unique_ptr<AudioSource> open_source(const TakeArguments& arguments,
                                          Console* console, int* status) {
-  if (arguments.input == "-") {
-    return open_raw_input(STDIN_FILENO,
-                          {arguments.sample_rate, arguments.channels});
-  }
+  if (arguments.input == "-") return open_raw(arguments, console, status);
   std::string error;
   std::unique_ptr<AudioSource> source =
       open_audio_file(arguments.input, &error);

@@ -93,6 +93,19 @@ std::string way_to_change(const PluginError& error, const std::string& path) {
   }
 }
 
+std::string objection_to_format(const AudioSource& source) {
+  const PcmFormat format = source.format();
+  std::string reason;
+  if (adts::FrequencyIndexOf(format.sample_rate) < 0) {
+    reason =
+        "ADTS has no index for " + std::to_string(format.sample_rate) + " Hz";
+  } else if (!adts::IsChannelConfig(format.channels)) {
+    reason =
+        "ADTS cannot express " + std::to_string(format.channels) + " channels";
+  }
+  return reason.empty() ? "" : reason + "; " + convert_source(source);
+}
+
 std::string way_out(const PluginError& error, const std::string& capture_path,
                     const AudioSource& source) {
   if (error.code == "UNSUPPORTED_FORMAT") return convert_source(source);

@@ -15,8 +15,12 @@ namespace corvane {
 std::string way_out(const PluginError& error, const std::string& capture_path,
                     const AudioSource& source);
 
-// The same for a command that changes the file at `path` in place, by the errno
-// value of what failed.
+// Why no capture can hold the rate and channels of `source`, with the way out;
+// empty when one can.
+std::string objection_to_format(const AudioSource& source);
+
+// The way out for a command that changes the file at `path` in place, by the
+// errno value of what failed.
 std::string way_to_change(const PluginError& error, const std::string& path);
 
 // tone.wav becomes tone-converted.wav.

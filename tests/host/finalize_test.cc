@@ -173,6 +173,37 @@ TEST_F(FinalizeTest, AFullOutputFailsButTheCaptureIsSealed) {
   EXPECT_EQ(ReadFile(take_), whole);
 }
 
+TEST_F(FinalizeTest, SeveralCapturesAreALineOfJsonEach) {
+  const Bytes whole = RecordTake();
+  const std::string other = Path("other.aac");
+  WriteFile(other, Concat(whole, Slice(whole, 0, 10)));
+  const ChildResult run = Corvane({"finalize", take_, other});
+  EXPECT_EQ(run.status, 0) << run.err;
+  const Words lines = Lines(run.out);
+  ASSERT_EQ(lines.size(), 2U) << run.out;
+  EXPECT_EQ(json::parse(lines[0])["path"], take_);
+  EXPECT_EQ(json::parse(lines[0])["tornBytes"], 0);
+  EXPECT_EQ(json::parse(lines[1])["path"], other);
+  EXPECT_EQ(json::parse(lines[1])["tornBytes"], 10);
+}
+
+TEST_F(FinalizeTest, OneThatFailsDoesNotHoldUpTheOthers) {
+  const Bytes whole = RecordTake();
+  const Bytes torn = Concat(whole, Slice(whole, 0, 10));
+  const std::string gone = Path("gone.aac");
+  const std::string last = Path("last.aac");
+  WriteFile(take_, torn);
+  WriteFile(last, torn);
+  const ChildResult run = Corvane({"finalize", take_, gone, last});
+  ShouldFail(run, gone + ": No such file or directory; check the name");
+  const Words lines = Lines(run.out);
+  ASSERT_EQ(lines.size(), 2U) << run.out;
+  EXPECT_EQ(json::parse(lines[0])["path"], take_);
+  EXPECT_EQ(json::parse(lines[1])["path"], last);
+  EXPECT_EQ(ReadFile(take_), whole);
+  EXPECT_EQ(ReadFile(last), whole);
+}
+
 TEST_F(FinalizeTest, ACaptureHasToBeNamed) {
   EXPECT_EQ(Corvane({"finalize"}).status, 2);
 }

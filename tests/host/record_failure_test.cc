@@ -85,13 +85,6 @@ TEST_F(RecordFailureTest, SevenChannelsComeWithTheWayToMixThemDown) {
                  wav + "' -ac 2 '" + Path("many-converted.wav") + "'");
 }
 
-TEST_F(RecordFailureTest, ARawRateWithoutAnIndexNamesTheNextOne) {
-  ShouldFail(CorvaneFed(Sine(100),
-                        {"record", take_, "-i", "-", "-r", "44000", "-c", "1"}),
-             "standard input: ADTS has no index for 44000 Hz; feed it 44100 "
-             "Hz instead, and say so with -r and -c");
-}
-
 TEST_F(RecordFailureTest, AMissingFolderComesWithTheWayToMakeIt) {
   const std::string wav = MakeWav("in.wav", Sine(1000));
   const std::string deep = Path("no/such/take.aac");

@@ -1,6 +1,9 @@
 // What the command line takes and refuses, before anything is recorded.
+#include <array>
+
 #include "host/record_fixture.h"
 #include "support/pcm.h"
+#include "terminal/console.h"
 
 namespace corvane_test {
 namespace {
@@ -22,8 +25,81 @@ TEST_F(UsageTest, ACommandIsRequired) {
   ShouldRefuse(Corvane({}), "A subcommand is required");
 }
 
-TEST_F(UsageTest, AnUnknownCommandIsRefused) {
-  EXPECT_EQ(Corvane({"erase", take_}).status, 2);
+TEST_F(UsageTest, AnUnknownCommandNamesTheNearestOne) {
+  const std::vector<std::array<const char*, 2>> meant = {
+      {"recrod", "record"},
+      {"rec", "record"},
+      {"finalise", "finalize"},
+      {"repair", "repair-wav"}};
+  for (const auto& [word, command] : meant) {
+    ShouldRefuse(Corvane({word, take_}), std::string("there is no command \"") +
+                                             word + "\"; did you mean " +
+                                             command + "?");
+  }
+}
+
+TEST_F(UsageTest, AnUnknownCommandLikeNoneNamesThemAll) {
+  for (const std::string word : {"", "erase", "take.aac", "x\ny"}) {
+    ShouldRefuse(Corvane({word, take_}),
+                 "there is no command \"" + corvane::printable(word) +
+                     "\"; there are record, resume, finalize, repair-wav");
+  }
+}
+
+TEST_F(UsageTest, ANameTakenForOptionsComesWithTheDashes) {
+  const std::string hint =
+      "; if -interview.aac is a name, put it behind --, or write "
+      "./-interview.aac";
+  for (const Words& words :
+       {Words{"finalize", "-interview.aac"},
+        Words{"record", "-i", "in.wav", "-interview.aac"},
+        Words{"finalize", "-interview.aac", "--", "-other.aac"}}) {
+    const ChildResult run = Corvane(words);
+    EXPECT_EQ(run.status, 2) << words[0];
+    EXPECT_NE(run.err.find(hint), std::string::npos) << run.err;
+  }
+}
+
+TEST_F(UsageTest, AMistypedOptionIsNotTakenForAName) {
+  for (const Words& words : {Words{"finalize", "--froce", take_},
+                             Words{"record", "-r", "-48000", "-c", "1", take_},
+                             Words{"finalize", "--", "-interview.aac", ""}}) {
+    const ChildResult run = Corvane(words);
+    EXPECT_EQ(run.status, 2) << words[1];
+    EXPECT_EQ(run.err.find("is a name"), std::string::npos) << run.err;
+  }
+}
+
+TEST_F(UsageTest, AnEmptyNameIsRefused) {
+  ShouldRefuse(Corvane({"record", "", "-i", "in.wav"}),
+               "OUT.aac: the name is empty");
+  ShouldRefuse(Corvane({"resume", take_, "-i", ""}), "-i: the name is empty");
+  ShouldRefuse(Corvane({"finalize", take_, ""}), "OUT.aac: the name is empty");
+  ShouldRefuse(Corvane({"repair-wav", ""}), "FILE.wav: the name is empty");
+}
+
+TEST_F(UsageTest, StandardOutputIsNoPlaceForACapture) {
+  const std::string mistake =
+      ": standard output can't hold it; name a file (./- if that is its name)";
+  ShouldRefuse(Corvane({"record", "-", "-i", "in.wav"}), "OUT.aac" + mistake);
+  ShouldRefuse(Corvane({"resume", "-", "-i", "in.wav"}), "OUT.aac" + mistake);
+  ShouldRefuse(Corvane({"finalize", "-"}), "OUT.aac" + mistake);
+  ShouldRefuse(Corvane({"repair-wav", "-"}), "FILE.wav" + mistake);
+}
+
+// Told before any audio has come, and with an older take still in its place.
+TEST_F(UsageTest, AFormatThatAdtsHasNoNumberForIsRefused) {
+  WriteFile(take_, {1, 2, 3});
+  for (const std::string command : {"record", "resume"}) {
+    ShouldRefuse(Corvane({command, take_, "-r", "44000", "-c", "1"}),
+                 "standard input: ADTS has no index for 44000 Hz; feed it "
+                 "44100 Hz instead, and say so with -r and -c");
+    ShouldRefuse(Corvane({command, take_, "-r", "48000", "-c", "7"}),
+                 "standard input: ADTS cannot express 7 channels; feed it "
+                 "48000 Hz and 1 to 6 channels instead, and say so with -r "
+                 "and -c");
+  }
+  EXPECT_EQ(ReadFile(take_), Bytes({1, 2, 3}));
 }
 
 TEST_F(UsageTest, ATakeNeedsAName) {
