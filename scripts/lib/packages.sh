@@ -37,6 +37,10 @@ test_packages=(
   shellcheck
 )
 
+# To make the Debian package, and to try it on a bare system.
+# shellcheck disable=SC2034
+package_packages=("${run_packages[@]}" dpkg-dev debootstrap lintian)
+
 # For the crash demonstration: what draws its picture.
 # shellcheck disable=SC2034
 demo_packages=("${run_packages[@]}" python3-matplotlib)
