@@ -34,7 +34,7 @@ int run_record(const TakeArguments& arguments, Console* console,
     return kExitFailed;
   }
   const std::string format_objection =
-      objection_to_format(arguments, source->format());
+      objection_to_use(arguments, source->format());
   if (!format_objection.empty() &&
       !is_overridden(arguments, source->name() + ": " + format_objection,
                      console)) {

@@ -83,7 +83,7 @@ bool is_format_open(const TakeArguments& arguments) {
 bool may_go_on(const TakeArguments& arguments, const CaptureLook& look,
                const AudioSource& source, Console* console) {
   const PcmFormat format = source.format();
-  const std::string useless = objection_to_format(arguments, format);
+  const std::string useless = objection_to_use(arguments, format);
   const std::string objections[] = {
       objection_to_mixture(arguments.output, look, format),
       useless.empty() ? "" : source.name() + ": " + useless};

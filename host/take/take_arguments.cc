@@ -61,7 +61,7 @@ int64_t bit_rate_of(const TakeArguments& arguments, int channels) {
   return channels <= 4 ? 128000 : 192000;
 }
 
-std::string objection_to_format(const TakeArguments& arguments,
+std::string objection_to_use(const TakeArguments& arguments,
                                 const PcmFormat& format) {
   if (format.channels == kUnplayableChannels) {
     return "ADTS has no way to say how three channels are laid out, so no "

@@ -14,13 +14,13 @@ namespace {
 
 class TwoRecordersTest : public ProgramTest {
  protected:
-  // A take that is under way, with a second of audio in it.
-  std::unique_ptr<Child> StartFirst() {
+  // A take that is under way, with so much audio on its way into it.
+  std::unique_ptr<Child> StartFirst(size_t samples = 48000) {
     ChildSetup setup;
     setup.input_is_pipe = true;
     auto child = StartCorvane(
         {"record", take_, "-i", "-", "-r", "48000", "-c", "1"}, setup);
-    child->Write(Noise(48000));
+    child->Write(Noise(samples));
     child->AwaitError("AAC encoder aac started");
     return child;
   }
@@ -53,7 +53,8 @@ TEST_F(TwoRecordersTest, EachCommandLeavesALiveTakeAlone) {
 }
 
 TEST_F(TwoRecordersTest, AKilledTakeIsFreeAtOnce) {
-  const auto first = StartFirst();
+  // Two seconds at most are not in the file yet.
+  const auto first = StartFirst(3 * 48000);
   first->Signal(SIGKILL);
   first->Wait();
   EXPECT_EQ(Corvane({"finalize", take_}).status, 0);
