@@ -18,7 +18,7 @@ namespace corvane {
 
 // The plugin's queue has no bound of its own, so whoever feeds it keeps one. At
 // full speed this many bytes keep the worker busy...
-constexpr int64_t kMostUnansweredBytes = 512 * 1024;
+constexpr int64_t kMostUnansweredBytes = 524288;
 // ...and live audio, which doesn't wait, has room for as long as a slow disk
 // may take to sync.
 constexpr int64_t kMostUnansweredMs = 2000;

@@ -103,7 +103,7 @@ export function dartWords(model) {
     orphanInfix: stringOf(constant('_orphanInfix')),
     orphanSlots: numberOf(constant('_orphanSlots')),
     sampleRates: rates ? rates.text.match(/\d+/g).map(Number) : [],
-    maxUnanswered:
-      numberOf(valueOf(fieldOf(model, 'CaptureSink', 'defaultMaxUnanswered'))),
+    maxUnansweredBytes:
+      numberOf(valueOf(fieldOf(model, 'CaptureSink', 'defaultMaxUnansweredBytes'))),
   };
 }

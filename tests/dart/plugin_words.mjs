@@ -183,6 +183,6 @@ export function pluginWords(sources, host) {
     orphanInfix: stringOf(survey.constants.get('kOrphanInfix')),
     orphanSlots: number('kOrphanSlots'),
     sampleRates: rates ? rates.text.match(/\d+/g).map(Number) : [],
-    maxUnanswered: number('kMaxUnanswered', surveyOf(host)),
+    maxUnansweredBytes: number('kMostUnansweredBytes', surveyOf(host)),
   };
 }
