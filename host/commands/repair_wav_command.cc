@@ -32,12 +32,10 @@ Before look_before(const std::string& path) {
   return before;
 }
 
-// ffmpeg goes by a WAV header's layout and can be told to mistrust its sizes.
 std::string refusal(const std::string& path, const WavObjection& objection) {
   std::string text = path + ": " + objection.reason + "; it was left alone";
   if (objection.has_audio) {
-    text += "; save its audio with: ffmpeg -ignore_length 1 -i " +
-            shell_word(path) + " -c:a copy " + shell_word(converted_name(path));
+    text += "; save its audio with: " + way_to_save_wav(path);
   }
   return text;
 }

@@ -69,18 +69,8 @@ std::string objection_to_format(const WavStart& start) {
 // chunks to the end of the file: then the header is right, not stale.
 int64_t trailing_chunk_bytes(const RegularFile& file, const WavStart& start) {
   const int64_t data_size = value_of(kDataSize, start);
-  const int64_t end = int64_t{kWavHeaderSize} + data_size + data_size % 2;
-  int64_t position = end;
-  while (position + static_cast<int64_t>(kChunkHeaderSize) <= file.size()) {
-    const std::vector<uint8_t> chunk = file.Read(position, kChunkHeaderSize);
-    if (chunk.size() < kChunkHeaderSize ||
-        chunk_named(id_at(chunk, 0)) == "another chunk") {
-      return 0;
-    }
-    const int64_t size = value_of({"size", 4, 4}, chunk);
-    position += static_cast<int64_t>(kChunkHeaderSize) + size + size % 2;
-  }
-  return position == file.size() ? position - end : 0;
+  return chunk_bytes_from(int64_t{kWavHeaderSize} + data_size + data_size % 2,
+                          file);
 }
 
 WavObjection objection_to_start(const WavStart& start) {
@@ -112,6 +102,20 @@ uint32_t value_of(const WavField& field, const WavStart& start) {
     value = value << 8 | start[field.offset + i - 1];
   }
   return value;
+}
+
+int64_t chunk_bytes_from(int64_t position, const RegularFile& file) {
+  const int64_t begin = position;
+  while (position + static_cast<int64_t>(kChunkHeaderSize) <= file.size()) {
+    const std::vector<uint8_t> chunk = file.Read(position, kChunkHeaderSize);
+    if (chunk.size() < kChunkHeaderSize ||
+        chunk_named(id_at(chunk, 0)) == "another chunk") {
+      return 0;
+    }
+    const int64_t size = value_of({"size", 4, 4}, chunk);
+    position += static_cast<int64_t>(kChunkHeaderSize) + size + size % 2;
+  }
+  return position == file.size() ? position - begin : 0;
 }
 
 WavObjection objection_to_repair(const RegularFile& file) {

@@ -52,6 +52,10 @@ struct WavObjection {
 // it. None to a header that was never written, all zeros.
 WavObjection objection_to_repair(const RegularFile& file);
 
+// How many bytes there are from `position` on, where they are whole chunks to
+// the end of the file; 0 where they are anything else.
+int64_t chunk_bytes_from(int64_t position, const RegularFile& file);
+
 // Rate and channels as the header has them, where they can be believed.
 std::optional<PcmFormat> format_in(const WavStart& start);
 

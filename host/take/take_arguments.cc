@@ -2,6 +2,7 @@
 
 #include <unistd.h>
 
+#include "looks/dead_wav.h"
 #include "terminal/exit_status.h"
 #include "terminal/way_out.h"
 
@@ -42,9 +43,9 @@ std::unique_ptr<AudioSource> open_raw(const TakeArguments& arguments,
 std::unique_ptr<AudioSource> open_source(const TakeArguments& arguments,
                                          Console* console, int* status) {
   if (arguments.input == "-") return open_raw(arguments, console, status);
-  std::string error;
-  std::unique_ptr<AudioSource> source =
-      open_audio_file(arguments.input, &error);
+  std::string error = objection_to_dead_wav(arguments.input);
+  std::unique_ptr<AudioSource> source;
+  if (error.empty()) source = open_audio_file(arguments.input, &error);
   *status = kExitFailed;
   if (source != nullptr) {
     error = contradiction(arguments, source->format());

@@ -70,6 +70,11 @@ std::string make_writable(int64_t native_code, const std::string& path) {
 
 }  // namespace
 
+std::string way_to_save_wav(const std::string& path) {
+  return "ffmpeg -ignore_length 1 -i " + shell_word(path) + " -c:a copy " +
+         shell_word(converted_name(path));
+}
+
 std::string converted_name(const std::string& path) {
   const size_t slash = path.rfind('/');
   const size_t base = slash == std::string::npos ? 0 : slash + 1;

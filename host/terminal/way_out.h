@@ -23,6 +23,10 @@ std::string objection_to_format(const AudioSource& source);
 // errno value of what failed.
 std::string way_to_change(const PluginError& error, const std::string& path);
 
+// The command that saves the audio of the WAV file at `path`, whose sizes are
+// wrong, whatever its header's layout. ffmpeg goes by that layout.
+std::string way_to_save_wav(const std::string& path);
+
 // tone.wav becomes tone-converted.wav.
 std::string converted_name(const std::string& path);
 
