@@ -12,6 +12,8 @@
 #include <utility>
 #include <vector>
 
+#include "audio/file_kind.h"
+
 namespace corvane {
 namespace {
 
@@ -109,7 +111,8 @@ class FileSource : public AudioSource {
 
 class RawSource : public AudioSource {
  public:
-  RawSource(int fd, PcmFormat format) : fd_(fd), format_(format) {}
+  RawSource(int fd, PcmFormat format, bool takes_any_start)
+      : fd_(fd), format_(format), is_start_right_(takes_any_start) {}
 
   PcmFormat format() const override { return format_; }
   std::string name() const override { return "standard input"; }
@@ -118,6 +121,20 @@ class RawSource : public AudioSource {
   std::string error() const override { return error_; }
 
   size_t Read(uint8_t* out, size_t size) override {
+    size_t got = ReadOnce(out, size);
+    if (is_start_right_) return got;
+    // Few writers begin with so little that it can't be told yet; for them the
+    // rest is waited for here.
+    while (got > 0 && got < size && may_become_a_kind({out, out + got})) {
+      const size_t more = ReadOnce(out + got, size - got);
+      if (more == 0) break;
+      got += more;
+    }
+    return CheckStart({out, out + got}) ? got : 0;
+  }
+
+ private:
+  size_t ReadOnce(uint8_t* out, size_t size) {
     ssize_t got = 0;
     do {
       got = read(fd_, out, size);
@@ -127,9 +144,19 @@ class RawSource : public AudioSource {
     return 0;
   }
 
- private:
+  bool CheckStart(const std::vector<uint8_t>& start) {
+    const std::string kind = kind_instead_of_samples(start);
+    is_start_right_ = kind.empty();
+    if (is_start_right_) return true;
+    error_ = "it starts like " + kind +
+             ", not like raw samples; save it as a file and name that with -i, "
+             "or take it as samples with --raw";
+    return false;
+  }
+
   const int fd_;
   const PcmFormat format_;
+  bool is_start_right_;
   std::string error_;
 };
 
@@ -170,8 +197,9 @@ std::unique_ptr<AudioSource> open_audio_file(const std::string& path,
   return std::make_unique<FileSource>(std::move(file), info, path);
 }
 
-std::unique_ptr<AudioSource> open_raw_input(int fd, PcmFormat format) {
-  return std::make_unique<RawSource>(fd, format);
+std::unique_ptr<AudioSource> open_raw_input(int fd, PcmFormat format,
+                                            bool takes_any_start) {
+  return std::make_unique<RawSource>(fd, format, takes_any_start);
 }
 
 }  // namespace corvane

@@ -52,8 +52,10 @@ std::unique_ptr<AudioSource> open_audio_file(const std::string& path,
                                              std::string* error);
 
 // Raw PCM from `fd` (borrowed). Bytes go through as they come, so the last
-// sample frame may be incomplete.
-std::unique_ptr<AudioSource> open_raw_input(int fd, PcmFormat format);
+// sample frame may be incomplete. What starts like an audio file's is refused
+// by the first Read(), as a failure, unless `takes_any_start`.
+std::unique_ptr<AudioSource> open_raw_input(int fd, PcmFormat format,
+                                            bool takes_any_start);
 
 }  // namespace corvane
 

@@ -1,5 +1,7 @@
 #include "audio/file_kind.h"
 
+#include <algorithm>
+#include <iterator>
 #include <string_view>
 
 namespace corvane {
@@ -24,12 +26,32 @@ constexpr Mark kMarks[] = {
     {0, ".snd", "AU"},
     {0, "ID3", kKindTagged},
     {0, "\x1A\x45\xDF\xA3", "Matroska"},
+    {0,
+     "\x7F"
+     "ELF",
+     "ELF (a program or library)"},
     {0, "%PDF", "PDF"},
     {0, "PK\x03\x04", "ZIP"},
+    {0, "PK\x05\x06", "ZIP"},
+    {0, "7z\xBC\xAF\x27\x1C", "7-Zip"},
+    {0, "\x1F\x8B", "gzip"},
+    {0, "BZh", "bzip2"},
+    {0,
+     "\xFD"
+     "7zXZ",
+     "XZ"},
+    {0, "\x28\xB5\x2F\xFD", "Zstandard"},
+    {0, "\xFF\xD8\xFF", "JPEG"},
+    {0, "\x89PNG", "PNG"},
+    {0, "GIF8", "GIF"},
+    {257, "ustar", "tar"},
     {4, "ftyp", "MP4"},
     {4, "moov", "MP4"},
     {4, "mdat", "MP4"},
 };
+
+// What is likely to be piped in by mistake.
+constexpr std::string_view kFilesOfAudio[] = {"RIFF", "fLaC", "OggS", "ID3"};
 
 // MPEG audio and ADTS share their first eleven bits; the layer parts them.
 // Layer I is in no use, but UTF-16 text starts like it.
@@ -41,11 +63,14 @@ const char* mpeg_kind(uint8_t first, uint8_t second) {
   return layer == 0x06 || is_reserved ? "" : "MP3";
 }
 
+std::string_view as_text(const std::vector<uint8_t>& bytes) {
+  return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
+}
+
 }  // namespace
 
 std::string kind_of(const std::vector<uint8_t>& start) {
-  const std::string_view text(reinterpret_cast<const char*>(start.data()),
-                              start.size());
+  const std::string_view text = as_text(start);
   const auto has = [text](size_t offset, std::string_view bytes) {
     return text.size() >= offset + bytes.size() &&
            text.substr(offset, bytes.size()) == bytes;
@@ -55,11 +80,26 @@ std::string kind_of(const std::vector<uint8_t>& start) {
   }
   if (has(0, "RIFF")) {
     // A form of zeros has not been written yet.
-    const bool has_form = has(8, "WAVE") || text.size() < kKindBytes ||
+    const bool has_form = has(8, "WAVE") || text.size() < 12 ||
                           text.substr(8, 4) == std::string_view("\0\0\0\0", 4);
     return has_form ? kKindWav : "RIFF of another form";
   }
   return start.size() < 2 ? "" : mpeg_kind(start[0], start[1]);
+}
+
+std::string kind_instead_of_samples(const std::vector<uint8_t>& start) {
+  for (const std::string_view mark : kFilesOfAudio) {
+    if (as_text(start).substr(0, mark.size()) == mark) return kind_of(start);
+  }
+  return "";
+}
+
+bool may_become_a_kind(const std::vector<uint8_t>& start) {
+  return std::any_of(std::begin(kFilesOfAudio), std::end(kFilesOfAudio),
+                     [text = as_text(start)](std::string_view mark) {
+                       return text.size() < mark.size() &&
+                              mark.substr(0, text.size()) == text;
+                     });
 }
 
 }  // namespace corvane

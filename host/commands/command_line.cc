@@ -125,7 +125,12 @@ void add_format(CLI::App* command, const char* rate_help, int* sample_rate,
 // What the options alone tell to be wrong. A take that goes on has a capture
 // that knows its format.
 void check_usage(const TakeArguments& arguments, bool has_capture) {
-  if (arguments.input != "-") return;
+  if (arguments.input != "-") {
+    if (!arguments.raw) return;
+    throw CLI::ValidationError(
+        "--raw is for samples on standard input; leave it out, or pipe the "
+        "file in instead of naming it with -i");
+  }
   if (!has_capture && (arguments.sample_rate == 0 || arguments.channels == 0)) {
     throw CLI::ValidationError(
         "raw audio on standard input needs its rate and channels, "
@@ -194,6 +199,8 @@ void add_take_options(CLI::App* command, bool has_capture,
                    "Audio in one append, 1 to 1000 [as it comes]")
       ->type_name("MS")
       ->check(within(1, 1000));
+  command->add_flag("--raw", arguments->raw,
+                    "Take raw audio as samples however it starts");
   command->add_flag("--force", arguments->force,
                     "Do what is refused for its format");
   command->callback(

@@ -23,6 +23,7 @@ struct TakeArguments {
   bool realtime = false;
   std::optional<int> chunk_ms;
   double flush_every_s = 1;  // 0: never
+  bool raw = false;          // standard input is samples, however it starts
   bool force = false;        // do what is refused
 };
 

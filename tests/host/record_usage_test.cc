@@ -154,6 +154,14 @@ TEST_F(UsageTest, OptionsThatContradictTheFileAreRefused) {
       0);
 }
 
+TEST_F(UsageTest, RawIsNotForAFileThatIsNamed) {
+  ShouldRefuse(
+      Corvane({"record", take_, "--raw", "-i", MakeWav("in.wav", Sine(1000))}),
+      "--raw is for samples on standard input; leave it out, or pipe the file "
+      "in instead of naming it with -i");
+  EXPECT_FALSE(Exists(take_));
+}
+
 TEST_F(UsageTest, HelpFitsATerminalOfEightyColumns) {
   for (const Words& words :
        {Words{"--help"}, Words{"record", "--help"}, Words{"resume", "--help"},
