@@ -60,7 +60,7 @@ int run(int argc, char** argv, corvane::Console* console,
     case corvane::Command::kResume:
       return corvane::run_resume(line->take, console, log);
     case corvane::Command::kFinalize:
-      return corvane::run_finalize(line->captures, console, log);
+      return corvane::run_finalize(line->finalize, console, log);
     case corvane::Command::kRepairWav:
       return corvane::run_repair_wav(line->repair_wav, console, log);
   }

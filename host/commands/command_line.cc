@@ -39,7 +39,8 @@ on standard output, all else on standard error. Exit status: 0 done, 1 failed,
 
 constexpr char kResumeNotes[] =
     R"(The audio goes behind the capture's last whole frame; a frame that was torn
-is cut off first, and nothing else is changed. Input is as for corvane record:
+is cut off first, and nothing else is changed. What doesn't look like a capture
+is left alone; --force goes on in it all the same. Input is as for record:
 
   corvane resume -i rest.wav take.aac
   arecord -t raw -f S16_LE -r 48000 | corvane resume -i - -r 48000 -c 1 take.aac
@@ -51,6 +52,7 @@ standard error. Exit status: 0 done, 1 failed, 2 wrong usage.
 constexpr char kFinalizeNotes[] =
     R"(Cuts off a frame that was torn, makes the file durable, and verifies that it
 holds audio; nothing else in it is changed. A capture plays without this too.
+What doesn't look like a capture is left alone; --force seals it all the same.
 
   corvane finalize take.aac
   corvane finalize *.aac
@@ -202,7 +204,7 @@ void add_take_options(CLI::App* command, bool has_capture,
   command->add_flag("--raw", arguments->raw,
                     "Take raw audio as samples however it starts");
   command->add_flag("--force", arguments->force,
-                    "Do what is refused for its format");
+                    "Do what is refused for its format or its look");
   command->callback(
       [arguments, has_capture] { check_usage(*arguments, has_capture); });
 }
@@ -224,10 +226,12 @@ CLI::App* add_resume(CLI::App* app, TakeArguments* arguments) {
   return command;
 }
 
-CLI::App* add_finalize(CLI::App* app, std::vector<std::string>* captures) {
+CLI::App* add_finalize(CLI::App* app, FinalizeArguments* arguments) {
   CLI::App* command =
       app->add_subcommand("finalize", "Seal takes that were left behind");
-  add_file(command, "OUT.aac", "The captures to seal", captures);
+  add_file(command, "OUT.aac", "The captures to seal", &arguments->paths);
+  command->add_flag("--force", arguments->force,
+                    "Take a file for a capture whatever it looks like");
   command->footer(kFinalizeNotes);
   return command;
 }
@@ -271,7 +275,7 @@ std::optional<CommandLine> parse_command_line(int argc, char** argv,
   // One of the two is parsed at most, so they share their arguments.
   const CLI::App* record = add_record(&app, &line.take);
   const CLI::App* resume = add_resume(&app, &line.take);
-  const CLI::App* finalize = add_finalize(&app, &line.captures);
+  const CLI::App* finalize = add_finalize(&app, &line.finalize);
   add_repair_wav(&app, &line.repair_wav);
   for (CLI::App* command : app.get_subcommands({})) {
     add_verbosity(command, &line.verbosity);

@@ -4,9 +4,8 @@
 #define CORVANE_HOST_COMMANDS_COMMAND_LINE_H_
 
 #include <optional>
-#include <string>
-#include <vector>
 
+#include "commands/finalize_command.h"
 #include "commands/repair_wav_command.h"
 #include "take/take_arguments.h"
 #include "terminal/console.h"
@@ -17,8 +16,8 @@ enum class Command { kRecord, kResume, kFinalize, kRepairWav };
 
 struct CommandLine {
   Command command = Command::kRecord;
-  TakeArguments take;                 // of record and resume
-  std::vector<std::string> captures;  // of finalize: paths
+  TakeArguments take;  // of record and resume
+  FinalizeArguments finalize;
   Verbosity verbosity = Verbosity::kNormal;
   RepairWavArguments repair_wav;
 };

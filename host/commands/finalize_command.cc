@@ -18,22 +18,27 @@ namespace {
 
 // What is known of the file before it is sealed.
 struct Before {
-  std::string error;  // why it is no capture, as a clause
-  int64_t size = 0;   // bytes
-  PcmFormat format;   // of its first whole frame
+  std::string error;      // why it is no capture, as a clause
+  std::string objection;  // why it is hardly one
+  int64_t size = 0;       // bytes
+  PcmFormat format;       // of its first whole frame
 };
 
-Before look_before(const std::string& path) {
+Before look_before(const std::string& path, bool force) {
   Before before;
   const RegularFile file(path);
   before.size = file.size();
   before.error = file.error();
   if (file.is_missing()) before.error += "; check the name";
   if (file.is_empty()) before.error += ": no audio was recorded into it";
-  if (before.error.empty()) before.error = why_no_capture(file);
   if (!before.error.empty()) return before;
+  before.objection = objection_by_start(file);
+  if (!before.objection.empty() && !force) return before;
   if (const auto first = first_whole_frame(file)) {
     before.format = first->format;
+    if (before.objection.empty()) {
+      before.objection = objection_by_evidence(file);
+    }
   } else {
     before.error = no_frame_in(file.size());
   }
@@ -80,7 +85,8 @@ bool print_figures(const Before& before, const SealedCapture& sealed,
 }
 
 // Returns whether it was done, figures and all.
-bool finalize(const std::string& path, Console* console, LogOutput* log) {
+bool finalize(const std::string& path, bool force, Console* console,
+              LogOutput* log) {
   CaptureLock lock;
   if (const auto holder = lock.Take(path)) {
     console->Complain(path + ": " + held_by(*holder));
@@ -90,8 +96,11 @@ bool finalize(const std::string& path, Console* console, LogOutput* log) {
   PluginAnswer answer;
   {
     const WaitingLine waiting(console, "sealing the capture");
-    before = look_before(path);
-    if (before.error.empty()) answer = seal(path, before.format, log);
+    before = look_before(path, force);
+    if (before.error.empty() &&
+        is_taken(path, before.objection, force, console)) {
+      answer = seal(path, before.format, log);
+    }
   }
   if (!before.error.empty()) {
     console->Complain(path + ": " + before.error);
@@ -101,16 +110,16 @@ bool finalize(const std::string& path, Console* console, LogOutput* log) {
     report_failure(path, *answer.error, console);
     return false;
   }
-  return print_figures(before, *answer.sealed, console);
+  return answer.sealed && print_figures(before, *answer.sealed, console);
 }
 
 }  // namespace
 
-int run_finalize(const std::vector<std::string>& paths, Console* console,
+int run_finalize(const FinalizeArguments& arguments, Console* console,
                  LogOutput* log) {
   int status = kExitDone;
-  for (const std::string& path : paths) {
-    if (!finalize(path, console, log)) status = kExitFailed;
+  for (const std::string& path : arguments.paths) {
+    if (!finalize(path, arguments.force, console, log)) status = kExitFailed;
   }
   return status;
 }

@@ -10,11 +10,17 @@
 
 namespace corvane {
 
-// Seals and verifies the capture at each of `paths`, and prints its figures as
-// a line of JSON on standard output, everything else on the console. What is no
-// capture is left alone. A failure keeps none of the others from being sealed;
-// the exit status that is returned tells of it.
-int run_finalize(const std::vector<std::string>& paths, Console* console,
+struct FinalizeArguments {
+  std::vector<std::string> paths;
+  bool force = false;  // they are captures, whatever the look has against it
+};
+
+// Seals and verifies the capture at each of the paths, and prints its figures
+// as a line of JSON on standard output, everything else on the console. What is
+// no capture is left alone; with --force, only what holds no frame is. A failure
+// keeps none of the others from being sealed; the exit status that is returned
+// tells of it.
+int run_finalize(const FinalizeArguments& arguments, Console* console,
                  LogOutput* log);
 
 }  // namespace corvane

@@ -1,5 +1,6 @@
 #include "commands/resume_command.h"
 
+#include <optional>
 #include <string>
 
 #include "looks/capture_look.h"
@@ -95,17 +96,23 @@ bool may_go_on(const TakeArguments& arguments, const CaptureLook& look,
   return true;
 }
 
-CaptureLook look_and_tell(const std::string& path, Console* console) {
+// Nothing when it can't be gone on with, which has then been said.
+std::optional<CaptureLook> look_and_tell(const TakeArguments& arguments,
+                                         Console* console) {
+  const std::string& path = arguments.output;
   CaptureLook look;
   {
     const WaitingLine waiting(console, "looking at the capture");
-    look = look_at_capture(path);
+    look = look_at_capture(path, arguments.force);
   }
-  if (look.error.empty()) {
-    console->Note(path + ": " + found(look));
-  } else {
+  if (!look.error.empty()) {
     complain(path, look, console);
+    return std::nullopt;
   }
+  if (!is_taken(path, look.objection, arguments.force, console)) {
+    return std::nullopt;
+  }
+  console->Note(path + ": " + found(look));
   return look;
 }
 
@@ -118,9 +125,9 @@ int run_resume(const TakeArguments& given, Console* console, LogOutput* log) {
     console->Complain(path + ": " + held_by(*holder));
     return kExitFailed;
   }
-  const CaptureLook look = look_and_tell(path, console);
-  if (!look.error.empty()) return kExitFailed;
-  const TakeArguments arguments = completed(given, look);
+  const auto look = look_and_tell(given, console);
+  if (!look) return kExitFailed;
+  const TakeArguments arguments = completed(given, *look);
   if (is_format_open(arguments)) {
     console->Complain(path +
                       ": it doesn't tell the rate and channels of raw audio; "
@@ -130,9 +137,9 @@ int run_resume(const TakeArguments& given, Console* console, LogOutput* log) {
   int status = kExitDone;
   const auto source = open_source(arguments, console, &status);
   if (source == nullptr) return status;
-  if (!may_go_on(arguments, look, *source, console)) return kExitUsage;
+  if (!may_go_on(arguments, *look, *source, console)) return kExitUsage;
   TakeOptions options = take_options_of(arguments, source->format());
-  options.kept = kept_audio(look);
+  options.kept = kept_audio(*look);
   return run_take(options, source.get(), &lock, console, log);
 }
 

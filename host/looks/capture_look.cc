@@ -3,6 +3,7 @@
 #include <cstring>
 
 #include "audio/file_kind.h"
+#include "looks/evidence.h"
 #include "terminal/wording.h"
 
 namespace corvane {
@@ -12,10 +13,34 @@ constexpr char kLeftAlone[] = "; it was left alone";
 
 }  // namespace
 
-std::string why_no_capture(const RegularFile& file) {
+std::string objection_by_start(const RegularFile& file) {
   const std::string kind = kind_of(file.Read(0, kKindBytes));
-  if (kind.empty() || kind == kKindAdts || kind == kKindTagged) return "";
-  return "it starts like " + kind + ", not like an ADTS capture" + kLeftAlone;
+  if (kind.empty() || kind == kKindAdts) return "";
+  return "it starts like " + kind + ", not like an ADTS capture";
+}
+
+std::string objection_by_evidence(const RegularFile& file) {
+  const Evidence evidence = evidence_in(file);
+  if (evidence.suffices()) return "";
+  const std::string frame_bytes =
+      evidence.frame_bytes == 0
+          ? "none"
+          : "only " + std::to_string(evidence.frame_bytes);
+  return "not a capture: " + frame_bytes + " of its " +
+         counted(file.size(), "byte") +
+         " belong to AAC frames that follow one another";
+}
+
+bool is_taken(const std::string& path, const std::string& objection, bool force,
+              Console* console) {
+  if (objection.empty()) return true;
+  if (force) {
+    console->Complain(path + ": --force overrides this: " + objection);
+    return true;
+  }
+  console->Complain(path + ": " + objection + kLeftAlone);
+  console->Complain(path + ": --force takes it for a capture all the same");
+  return false;
 }
 
 std::string no_frame_in(int64_t bytes) {
@@ -23,14 +48,15 @@ std::string no_frame_in(int64_t bytes) {
          counted(bytes, "byte") + kLeftAlone;
 }
 
-CaptureLook look_at_capture(const std::string& path) {
+CaptureLook look_at_capture(const std::string& path, bool force) {
   CaptureLook look;
   const RegularFile file(path);
   look.is_missing = file.is_missing();
   if (file.is_empty()) return look;
   look.error = file.error();
-  if (look.error.empty()) look.error = why_no_capture(file);
   if (!look.error.empty()) return look;
+  look.objection = objection_by_start(file);
+  if (!look.objection.empty() && !force) return look;
 
   look.size = file.size();
   const int errnum = adts::ScanFile(file.fd(), &look.scan);
@@ -41,6 +67,7 @@ CaptureLook look_at_capture(const std::string& path) {
   if (look.scan.samples > 0) {
     const auto first = first_whole_frame(file);
     if (first) look.format = first->format;
+    if (look.objection.empty()) look.objection = objection_by_evidence(file);
   } else if (look.torn_bytes() == 0) {
     look.error = no_frame_in(look.size);
   }
@@ -48,7 +75,7 @@ CaptureLook look_at_capture(const std::string& path) {
 }
 
 std::string next_step(const std::string& path, const std::string& command) {
-  const CaptureLook look = look_at_capture(path);
+  const CaptureLook look = look_at_capture(path, true);
   if (!look.error.empty() || look.scan.samples == 0) return "";
   return "the capture is whole up to " + clock_tenths(look.scan.DurationMs()) +
          "; " + command;

@@ -10,19 +10,33 @@
 
 #include "looks/first_frame.h"
 #include "looks/regular_file.h"
+#include "terminal/console.h"
 
 namespace corvane {
 
-// Why `file` is no capture, as a clause; empty when it may be one. Reads its
-// first bytes alone.
-std::string why_no_capture(const RegularFile& file);
+// What the first bytes of `file` have against its being a capture, as a clause;
+// empty when they have nothing.
+std::string objection_by_start(const RegularFile& file);
 
-// The same for a file of `bytes` bytes that was searched for a frame in vain.
+// The same for a file in which a frame was found: whether it is there by more
+// than chance. Reads all of the file where its first frames don't decide.
+std::string objection_by_evidence(const RegularFile& file);
+
+// Returns whether the file at `path` is taken for a capture: without an
+// objection, or by `force`. Says on the console that an objection keeps it from
+// that, or that it is overridden.
+bool is_taken(const std::string& path, const std::string& objection, bool force,
+              Console* console);
+
+// Why a file of `bytes` bytes that was searched for a frame in vain is none.
 std::string no_frame_in(int64_t bytes);
 
 struct CaptureLook {
   // Why nothing can be done with it, as a clause; the rest is then not set.
   std::string error;
+  // Why it is hardly a capture, as a clause, for whoever knows better. With
+  // it the rest is set only if the look was to be forced.
+  std::string objection;
   bool is_missing = false;
   int64_t size = 0;
   adts::Scan scan = {};
@@ -35,8 +49,9 @@ struct CaptureLook {
 };
 
 // Reads all of the file, so it takes as long as its plugin's own look. An empty
-// file is a capture that nothing was written to yet.
-CaptureLook look_at_capture(const std::string& path);
+// file is a capture that nothing was written to yet. With `force` it goes on
+// behind an objection.
+CaptureLook look_at_capture(const std::string& path, bool force);
 
 // Tells that the capture is whole up to a point, and that `command` goes on
 // from there; empty when it holds no whole frame.

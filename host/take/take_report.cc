@@ -103,7 +103,7 @@ std::string advice_for(const PluginError& error, const TakeOptions& options,
 
 // What there is at the path of a take that was begun and could not be sealed.
 std::string what_is_left(const std::string& path) {
-  const CaptureLook look = look_at_capture(path);
+  const CaptureLook look = look_at_capture(path, true);
   if (look.is_missing) {
     return path +
            ": the file is not there any more; if it was moved, seal it where "

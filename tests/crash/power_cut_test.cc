@@ -7,6 +7,7 @@
 
 #include "crash/disk_model.h"
 #include "crash/kill_fixture.h"
+#include "looks/capture_look.h"
 #include "support/adts_frames.h"
 #include "support/files.h"
 #include "support/naive_scan.h"
@@ -113,6 +114,8 @@ class PowerCutTest : public KillTest {
                      const Bytes& synced) {
     const adts::Scan scan = NaiveScan(whole);
     WriteFile(take_.path, found);
+    // Nor has the program anything against it.
+    EXPECT_EQ(corvane::look_at_capture(take_.path, false).objection, "");
     ExpectSealed(whole, scan);
     EXPECT_TRUE(StartsWith(whole, synced));
     ExpectSealed(whole, scan);

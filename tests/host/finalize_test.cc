@@ -137,6 +137,37 @@ TEST_F(FinalizeTest, AnotherKindOfFileIsLeftAlone) {
                  ": it starts like WAV, not like an ADTS capture; it was left "
                  "alone");
   EXPECT_EQ(ReadFile(wav), held);
+  // Nor is a seal forced on what holds no frame: it would fail.
+  ShouldFail(Corvane({"finalize", "--force", wav}),
+             wav +
+                 ": not a capture: there is no whole AAC frame in its 2044 "
+                 "bytes; it was left alone");
+  EXPECT_EQ(ReadFile(wav), held);
+}
+
+TEST_F(FinalizeTest, FramesThatMayBeChanceAreSealedByForceAlone) {
+  Bytes frame = SplitFrames(RecordTake())[10];
+  frame[5] |= 0x1F;
+  frame[6] = 0;  // as no capture has it
+  const Bytes held =
+      Concat(Concat(Bytes(9000, 'x'), Concat(frame, frame)), Bytes(9000, 'x'));
+  WriteFile(take_, held);
+  const std::string objection =
+      "not a capture: none of its " + std::to_string(held.size()) +
+      " bytes belong to AAC frames that follow one another";
+  const ChildResult refused = Finalize();
+  ShouldFail(refused, take_ + ": " + objection + "; it was left alone");
+  ShouldFail(refused, take_ + ": --force takes it for a capture all the same");
+  EXPECT_EQ(refused.out, "");
+
+  const ChildResult forced = Corvane({"finalize", "--force", take_});
+  EXPECT_EQ(forced.status, 0) << forced.err;
+  EXPECT_NE(forced.err.find("corvane: " + take_ +
+                            ": --force overrides this: " + objection + "\n"),
+            std::string::npos)
+      << forced.err;
+  EXPECT_EQ(json::parse(forced.out)["durationMs"], FramesToMs(2, 44100));
+  EXPECT_EQ(ReadFile(take_), held);
 }
 
 TEST_F(FinalizeTest, AReadOnlyCaptureComesWithTheWayOut) {

@@ -49,15 +49,57 @@ TEST_F(ResumeRefusalTest, AnotherKindOfFileIsLeftAlone) {
   EXPECT_EQ(ReadFile(wav_), held);
 }
 
+// Of a tagged MP3 that has a pair of headers by chance.
+TEST_F(ResumeRefusalTest, AnotherKindOfFileIsGoneOnWithByForceAlone) {
+  RecordTake(96000);
+  const std::string mp3 = Path("b.mp3");
+  const Bytes held = Concat(Concat({'I', 'D', '3', 4}, Bytes(9000, 'x')),
+                            Concat(ReadFile(take_), Bytes(9000, 'x')));
+  const std::string objection =
+      "it starts like MP3 or AAC with an ID3 tag, not like an ADTS capture";
+  WriteFile(mp3, held);
+  const ChildResult refused = Resume(mp3);
+  ShouldFail(refused, mp3 + ": " + objection + "; it was left alone");
+  ShouldFail(refused, mp3 + ": --force takes it for a capture all the same");
+  EXPECT_EQ(refused.out, "");
+  EXPECT_EQ(ReadFile(mp3), held);
+
+  const ChildResult forced = Corvane({"resume", "--force", mp3, "-i", wav_});
+  EXPECT_EQ(forced.status, 0) << forced.err;
+  EXPECT_NE(forced.err.find("corvane: " + mp3 +
+                            ": --force overrides this: " + objection + "\n"),
+            std::string::npos)
+      << forced.err;
+  EXPECT_EQ(Slice(ReadFile(mp3), 0, held.size()), held);
+  EXPECT_GT(FileSize(mp3), static_cast<int64_t>(held.size()));
+}
+
+TEST_F(ResumeRefusalTest, FramesThatMayBeChanceAreNotEnough) {
+  RecordTake(4096);
+  const Bytes first = SplitFrames(ReadFile(take_))[0];
+  const Bytes held = Concat(Bytes(5000, 'x'), first);
+  WriteFile(take_, held);
+  ShouldFail(Resume(take_),
+             take_ + ": not a capture: only " + std::to_string(first.size()) +
+                 " of its " + std::to_string(held.size()) +
+                 " bytes belong to AAC frames that follow one another; it was "
+                 "left alone");
+  EXPECT_EQ(ReadFile(take_), held);
+}
+
 TEST_F(ResumeRefusalTest, AFileWithoutAFrameIsLeftAlone) {
   const std::vector<Bytes> contents = {Bytes(1000, 'x'), Bytes(1000, 0)};
   for (const Bytes& held : contents) {
     WriteFile(take_, held);
-    ShouldFail(Resume(take_),
-               take_ +
-                   ": not a capture: there is no whole AAC frame in its 1000 "
-                   "bytes; it was left alone");
-    EXPECT_EQ(ReadFile(take_), held);
+    for (const Words& force : {Words{}, Words{"--force"}}) {
+      Words arguments = {"resume", take_, "-i", wav_};
+      arguments.insert(arguments.end(), force.begin(), force.end());
+      ShouldFail(Corvane(arguments),
+                 take_ +
+                     ": not a capture: there is no whole AAC frame in its 1000 "
+                     "bytes; it was left alone");
+      EXPECT_EQ(ReadFile(take_), held);
+    }
   }
 }
 
