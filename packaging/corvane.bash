@@ -8,8 +8,11 @@ _corvane() {
     words="record resume finalize repair-wav --help --version"
   elif [[ $word == -* ]]; then
     case ${COMP_WORDS[1]} in
-      record | resume) words="-i -r -c -b --realtime --chunk-ms --help" ;;
-      finalize) words="--help" ;;
+      record) words="-i -r -c -b --realtime --chunk-ms --raw --help" ;;
+      resume)
+        words="-i -r -c -b --realtime --chunk-ms --raw --force --help"
+        ;;
+      finalize) words="--force --help" ;;
       repair-wav) words="-r -c --force --help" ;;
     esac
   else

@@ -55,7 +55,7 @@ std::unique_ptr<AudioSource> open_audio_file(const std::string& path,
 // sample frame may be incomplete. What starts like an audio file's is refused
 // by the first Read(), as a failure, unless `takes_any_start`.
 std::unique_ptr<AudioSource> open_raw_input(int fd, PcmFormat format,
-                                            bool takes_any_start);
+                                            bool takes_any_start = false);
 
 }  // namespace corvane
 

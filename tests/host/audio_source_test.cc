@@ -151,7 +151,7 @@ TEST_F(AudioSourceTest, WhatIsNoAudioIsRefusedWithTheReason) {
 TEST_F(AudioSourceTest, RawBytesGoThroughAsTheyCome) {
   int ends[2];
   ASSERT_EQ(pipe2(ends, O_CLOEXEC), 0);
-  source_ = corvane::open_raw_input(ends[0], {48000, 2}, false);
+  source_ = corvane::open_raw_input(ends[0], {48000, 2});
   EXPECT_EQ(source_->wait_fd(), ends[0]);
   EXPECT_EQ(source_->total_frames(), std::nullopt);
   const Bytes odd = {1, 2, 3, 4, 5};
@@ -163,7 +163,7 @@ TEST_F(AudioSourceTest, RawBytesGoThroughAsTheyCome) {
 }
 
 TEST_F(AudioSourceTest, ARawReadThatFailsSaysWhy) {
-  source_ = corvane::open_raw_input(-1, {48000, 1}, false);
+  source_ = corvane::open_raw_input(-1, {48000, 1});
   EXPECT_EQ(Drain(960), Bytes());
   EXPECT_EQ(source_->error(), "reading stopped early: Bad file descriptor");
 }
