@@ -12,10 +12,13 @@
 namespace corvane {
 namespace {
 
-constexpr size_t kWindowSize = 65536;
+constexpr size_t kWindowSize = 262144;
 constexpr auto kHeaderSize = static_cast<int64_t>(adts::kHeaderSize);
 // Any five headers in their places take 70 bits to agree by chance.
 constexpr int kFramesBeyondChance = 5;
+// What a look for five reads at most.
+constexpr auto kLookAhead = static_cast<int64_t>(
+    (kFramesBeyondChance - 1) * adts::kMaxFrameSize + adts::kHeaderSize);
 // A fifth of a second; no other kind of file begins or ends with it.
 constexpr int kSureFrames = 10;
 
@@ -44,7 +47,13 @@ class Walk {
     return window_.data() + (offset - start_);
   }
 
-  // A look ahead leaves the window where it is.
+  // How far a search may go before the window has to follow: as far as it shows
+  // what is looked ahead to, or the file's end.
+  ptrdiff_t searched_bytes() const {
+    const int64_t end = start_ + static_cast<int64_t>(window_.size());
+    return end - position_ - (end == file_.size() ? 0 : kLookAhead - 1);
+  }
+
   std::optional<AdtsHeader> header_at(int64_t offset) const {
     if (has_window_at(offset, kHeaderSize)) {
       return parse_adts_header(at(offset));
@@ -66,13 +75,16 @@ class Walk {
     return true;
   }
 
-  // Has the window hold what stands at the position, or as much of it as the
-  // file has.
+  // Has the window hold `size` bytes from the position on, or all that is left.
   void Load(int64_t size) {
-    if (has_window_at(position_, size)) return;
+    const int64_t left = file_.size() - position_;
+    if (has_window_at(position_, std::min(size, left))) return;
     start_ = position_;
-    window_ = file_.Read(start_, kWindowSize);
-    if (window_.empty()) evidence_.is_sure = true;
+    window_ =
+        file_.Read(start_, std::min(kWindowSize, static_cast<size_t>(left)));
+    if (!has_window_at(position_, std::min(size, left))) {
+      evidence_.is_sure = true;
+    }
   }
 
   // The last frame of a run may be torn.
@@ -95,10 +107,10 @@ class Walk {
   // Moves to the next run; to the file's end when there is none.
   void PassForeign() {
     do {
-      Load(1);
-      if (window_.empty()) return;
+      Load(kLookAhead);
+      if (evidence_.is_sure) return;
       const uint8_t* const begin = at(position_);
-      const uint8_t* const end = window_.data() + window_.size();
+      const uint8_t* const end = begin + searched_bytes();
       // The byte at the position is none that a run begins with.
       const uint8_t* const next = std::find(begin + 1, end, 0xFF);
       evidence_.foreign_bytes +=

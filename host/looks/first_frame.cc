@@ -12,39 +12,40 @@ namespace corvane {
 namespace {
 
 constexpr size_t kWindowSize = 65536;
+// Read with each window: the longest frame, and the header behind it.
+constexpr size_t kLookAhead = adts::kMaxFrameSize + adts::kHeaderSize;
 
-std::optional<AdtsHeader> header_at(const RegularFile& file, int64_t offset) {
-  const std::vector<uint8_t> bytes = file.Read(offset, adts::kHeaderSize);
-  if (bytes.size() < adts::kHeaderSize) return std::nullopt;
-  return parse_adts_header(bytes.data());
+// The header at `index`; nothing where the bytes end before it does.
+std::optional<AdtsHeader> header_at(const std::vector<uint8_t>& bytes,
+                                    size_t index) {
+  if (index + adts::kHeaderSize > bytes.size()) return std::nullopt;
+  return parse_adts_header(bytes.data() + index);
 }
 
 // A frame behind foreign bytes counts only with another header, or the end of
-// the file, right behind it.
-std::optional<FirstFrame> confirmed_at(const RegularFile& file,
-                                       int64_t offset) {
-  const std::optional<AdtsHeader> header = header_at(file, offset);
+// the file, right behind it. `bytes` reach as far, or to that end.
+std::optional<PcmFormat> confirmed_at(const std::vector<uint8_t>& bytes,
+                                      size_t index) {
+  const std::optional<AdtsHeader> header = header_at(bytes, index);
   if (!header) return std::nullopt;
-  const int64_t end = offset + header->frame_length;
-  if (end != file.size() && (end > file.size() || !header_at(file, end))) {
-    return std::nullopt;
-  }
-  return FirstFrame{offset, header->format};
+  const size_t end = index + static_cast<size_t>(header->frame_length);
+  if (end != bytes.size() && !header_at(bytes, end)) return std::nullopt;
+  return header->format;
 }
 
 std::optional<FirstFrame> search_behind_start(const RegularFile& file) {
-  for (int64_t start = 1; start < file.size();) {
-    const std::vector<uint8_t> window = file.Read(start, kWindowSize);
-    if (window.empty()) return std::nullopt;
-    for (auto at = window.begin();
-         (at = std::find(at, window.end(), 0xFF)) != window.end(); ++at) {
-      const auto left = static_cast<size_t>(window.end() - at);
-      if (left >= adts::kHeaderSize && !parse_adts_header(&*at)) continue;
-      if (auto frame = confirmed_at(file, start + (at - window.begin()))) {
-        return frame;
+  for (int64_t start = 1; start < file.size(); start += kWindowSize) {
+    const std::vector<uint8_t> bytes =
+        file.Read(start, kWindowSize + kLookAhead);
+    const size_t size = std::min(bytes.size(), kWindowSize);
+    const auto end = bytes.begin() + static_cast<ptrdiff_t>(size);
+    for (auto at = bytes.begin(); (at = std::find(at, end, 0xFF)) != end;
+         ++at) {
+      const auto index = static_cast<size_t>(at - bytes.begin());
+      if (const auto format = confirmed_at(bytes, index)) {
+        return FirstFrame{start + static_cast<int64_t>(index), *format};
       }
     }
-    start += static_cast<int64_t>(window.size());
   }
   return std::nullopt;
 }
@@ -52,7 +53,8 @@ std::optional<FirstFrame> search_behind_start(const RegularFile& file) {
 }  // namespace
 
 std::optional<FirstFrame> first_whole_frame(const RegularFile& file) {
-  const std::optional<AdtsHeader> header = header_at(file, 0);
+  const std::optional<AdtsHeader> header =
+      header_at(file.Read(0, adts::kHeaderSize), 0);
   if (!header) return search_behind_start(file);
   // A torn frame hides all that stands behind its header.
   if (header->frame_length > file.size()) return std::nullopt;
