@@ -216,7 +216,7 @@ TEST_F(ResumeTest, RawAudioTakesTheCapturesFormat) {
 
 TEST_F(ResumeTest, AnEmptyCaptureHasNoFormatForRawAudio) {
   WriteFile(take_, {});
-  const ChildResult run = CorvaneFed(Sine(4096), {"resume", take_, "-i", "-"});
+  const ChildResult run = Corvane({"resume", take_, "-i", "-"});
   EXPECT_EQ(run.status, 2);
   EXPECT_EQ(Lines(run.err).back(),
             "corvane: " + take_ +
