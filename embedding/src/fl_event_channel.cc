@@ -2,6 +2,7 @@
 // envelopes of answers; whether anybody listens is left to the application.
 #include <flutter_linux/flutter_linux.h>
 
+#include "as_real.h"
 #include "fl_method_codec_private.h"
 
 struct _FlEventChannel {
@@ -42,6 +43,7 @@ static void respond(FlEventChannel* channel,
                                         bytes, &error)) {
     return;
   }
+  g_assert(!embedding::kAsReal || error != nullptr);
   g_warning("Failed to answer on event channel \"%s\": %s", channel->name,
             error != nullptr ? error->message : "no reason was given");
 }
@@ -73,8 +75,9 @@ static FlMethodResponse* handle_request(FlEventChannel* channel,
 static void message_cb(FlBinaryMessenger*, const gchar*, GBytes* message,
                        FlBinaryMessengerResponseHandle* response_handle,
                        gpointer user_data) {
-  // A handler may take the channel off the messenger.
-  g_autoptr(FlEventChannel) channel = FL_EVENT_CHANNEL(g_object_ref(user_data));
+  // Nothing holds the channel meanwhile: a handler that takes it off the
+  // messenger is as fatal as with the real library.
+  FlEventChannel* channel = FL_EVENT_CHANNEL(user_data);
   g_autofree gchar* method = nullptr;
   g_autoptr(FlValue) args = nullptr;
   g_autoptr(GBytes) bytes = nullptr;
@@ -96,6 +99,14 @@ static void message_cb(FlBinaryMessenger*, const gchar*, GBytes* message,
   respond(channel, response_handle, bytes);
 }
 
+// The messenger's destroy notify: `user_data` is the reference it held.
+static void closed_cb(gpointer user_data) {
+  // Released last: the handlers' destroy notify still finds a channel.
+  g_autoptr(FlEventChannel) channel = FL_EVENT_CHANNEL(user_data);
+  replace_handlers(channel, nullptr, nullptr, nullptr, nullptr);
+}
+
+// Handlers that were set after the messenger had dropped the channel go here.
 static void fl_event_channel_dispose(GObject* object) {
   FlEventChannel* channel = FL_EVENT_CHANNEL(object);
   replace_handlers(channel, nullptr, nullptr, nullptr, nullptr);
@@ -121,10 +132,8 @@ FlEventChannel* fl_event_channel_new(FlBinaryMessenger* messenger,
   channel->messenger = FL_BINARY_MESSENGER(g_object_ref(messenger));
   channel->name = g_strdup(name);
   channel->codec = FL_METHOD_CODEC(g_object_ref(codec));
-  // Nothing to do on closing but to let the channel go: the handlers stay
-  // until it is disposed.
   fl_binary_messenger_set_message_handler_on_channel(
-      messenger, name, message_cb, g_object_ref(channel), g_object_unref);
+      messenger, name, message_cb, g_object_ref(channel), closed_cb);
   return channel;
 }
 
@@ -150,6 +159,7 @@ static gboolean send_event(FlEventChannel* channel, GBytes* bytes,
 gboolean fl_event_channel_send(FlEventChannel* channel, FlValue* event,
                                GCancellable* cancellable, GError** error) {
   g_return_val_if_fail(FL_IS_EVENT_CHANNEL(channel), FALSE);
+  g_return_val_if_fail(event != nullptr, FALSE);
   g_autoptr(GBytes) bytes =
       FL_METHOD_CODEC_GET_CLASS(channel->codec)
           ->encode_success_envelope(channel->codec, event, error);

@@ -1,5 +1,6 @@
 // One call, from its arrival to its answer. It owns all that answering needs,
 // so that it may outlive the handler, the channel and the engine.
+#include "as_real.h"
 #include "fl_method_channel_private.h"
 
 struct _FlMethodCall {
@@ -56,52 +57,70 @@ FlValue* fl_method_call_get_args(FlMethodCall* method_call) {
   return method_call->args;
 }
 
+// Sends the answer. A caller that does not ask for the error shall not lose it
+// unseen.
+static gboolean answer(FlMethodCall* call, FlMethodResponse* response,
+                       GError** error) {
+  // Collected here first: even on failure there may be none.
+  g_autoptr(GError) failure = nullptr;
+  if (embedding::send_method_response(call->channel, call->response_handle,
+                                      response, &failure)) {
+    return TRUE;
+  }
+  if (failure == nullptr) return FALSE;
+  if (error == nullptr) {
+    g_warning("Failed to answer the method call \"%s\": %s", call->name,
+              failure->message);
+  }
+  // Handed over, not shared: the caller frees it.
+  g_propagate_error(error, g_steal_pointer(&failure));
+  return FALSE;
+}
+
+// The same with the real library's two mistakes: it looks into an error that
+// may not be there, and frees the one that it hands out.
+static gboolean answer_as_real(FlMethodCall* call, FlMethodResponse* response,
+                               GError** error) {
+  g_autoptr(GError) failure = nullptr;
+  if (embedding::send_method_response(call->channel, call->response_handle,
+                                      response, &failure)) {
+    return TRUE;
+  }
+  if (error == nullptr) g_warning("Failed to answer: %s", failure->message);
+  g_propagate_error(error, failure);
+  return FALSE;
+}
+
 gboolean fl_method_call_respond(FlMethodCall* method_call,
                                 FlMethodResponse* response, GError** error) {
   g_return_val_if_fail(FL_IS_METHOD_CALL(method_call), FALSE);
   g_return_val_if_fail(FL_IS_METHOD_RESPONSE(response), FALSE);
-  // The messenger's error is collected here first: there may be none even on
-  // failure, and the caller may not want one.
-  g_autoptr(GError) failure = nullptr;
-  if (embedding::send_method_response(method_call->channel,
-                                      method_call->response_handle, response,
-                                      &failure)) {
-    return TRUE;
-  }
-  // A caller that does not ask for the error shall not lose it unseen.
-  if (error == nullptr && failure != nullptr) {
-    g_warning("Failed to answer the method call \"%s\": %s", method_call->name,
-              failure->message);
-  }
-  // Handed over, not shared: the caller frees it.
-  if (failure != nullptr) {
-    g_propagate_error(error, g_steal_pointer(&failure));
-  }
-  return FALSE;
+  return embedding::kAsReal ? answer_as_real(method_call, response, error)
+                            : answer(method_call, response, error);
 }
 
 gboolean fl_method_call_respond_success(FlMethodCall* method_call,
                                         FlValue* result, GError** error) {
+  g_return_val_if_fail(FL_IS_METHOD_CALL(method_call), FALSE);
   g_autoptr(FlMethodSuccessResponse) response =
       fl_method_success_response_new(result);
-  return fl_method_call_respond(method_call, FL_METHOD_RESPONSE(response),
-                                error);
+  return answer(method_call, FL_METHOD_RESPONSE(response), error);
 }
 
 gboolean fl_method_call_respond_error(FlMethodCall* method_call,
                                       const gchar* code, const gchar* message,
                                       FlValue* details, GError** error) {
+  g_return_val_if_fail(FL_IS_METHOD_CALL(method_call), FALSE);
   g_return_val_if_fail(code != nullptr, FALSE);
   g_autoptr(FlMethodErrorResponse) response =
       fl_method_error_response_new(code, message, details);
-  return fl_method_call_respond(method_call, FL_METHOD_RESPONSE(response),
-                                error);
+  return answer(method_call, FL_METHOD_RESPONSE(response), error);
 }
 
 gboolean fl_method_call_respond_not_implemented(FlMethodCall* method_call,
                                                 GError** error) {
+  g_return_val_if_fail(FL_IS_METHOD_CALL(method_call), FALSE);
   g_autoptr(FlMethodNotImplementedResponse) response =
       fl_method_not_implemented_response_new();
-  return fl_method_call_respond(method_call, FL_METHOD_RESPONSE(response),
-                                error);
+  return answer(method_call, FL_METHOD_RESPONSE(response), error);
 }

@@ -1,5 +1,6 @@
 // Method channels. A channel is one of the messenger's handlers and lives by
 // the reference that the messenger holds; it ends when that is given back.
+#include "as_real.h"
 #include "fl_method_channel_private.h"
 #include "fl_method_codec_private.h"
 
@@ -173,5 +174,6 @@ FlMethodResponse* fl_method_channel_invoke_method_finish(
     g_propagate_error(error, failure);
     return nullptr;
   }
+  g_assert(!embedding::kAsReal || response != nullptr);
   return embedding::decode_response(channel->codec, response, error);
 }

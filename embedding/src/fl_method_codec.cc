@@ -1,6 +1,8 @@
 // The base of method codecs, and what the channels add to its operations.
 #include "fl_method_codec_private.h"
 
+#include "as_real.h"
+
 G_DEFINE_TYPE(FlMethodCodec, fl_method_codec, G_TYPE_OBJECT)
 
 static void fl_method_codec_class_init(FlMethodCodecClass*) {}
@@ -13,8 +15,13 @@ gboolean encode_response(FlMethodCodec* codec, FlMethodResponse* response,
                          GBytes** bytes, GError** error) {
   FlMethodCodecClass* klass = FL_METHOD_CODEC_GET_CLASS(codec);
   *bytes = nullptr;
-  // The absence of bytes is the answer, so NULL is no failure here.
-  if (FL_IS_METHOD_NOT_IMPLEMENTED_RESPONSE(response)) return TRUE;
+  // The absence of bytes is the answer, so NULL is no failure here. The real
+  // library has answered with NULL in some releases and with no bytes in
+  // others.
+  if (FL_IS_METHOD_NOT_IMPLEMENTED_RESPONSE(response)) {
+    if (kAsReal) *bytes = g_bytes_new(nullptr, 0);
+    return TRUE;
+  }
   if (FL_IS_METHOD_SUCCESS_RESPONSE(response)) {
     *bytes = klass->encode_success_envelope(
         codec,
@@ -28,6 +35,7 @@ gboolean encode_response(FlMethodCodec* codec, FlMethodResponse* response,
         fl_method_error_response_get_message(failure),
         fl_method_error_response_get_details(failure), error);
   } else {
+    g_assert(!kAsReal);
     g_set_error(error, FL_MESSAGE_CODEC_ERROR,
                 FL_MESSAGE_CODEC_ERROR_UNSUPPORTED_TYPE, "A %s has no encoding",
                 G_OBJECT_TYPE_NAME(response));

@@ -1,4 +1,5 @@
 // The codec's type, its entry points, and whole messages.
+#include "as_real.h"
 #include "standard_encoding.h"
 
 using embedding::NestingGuard;
@@ -11,7 +12,9 @@ thread_local int nesting_depth = 0;
 
 }  // namespace
 
-NestingGuard::NestingGuard(GError** error) : ok_(nesting_depth <= kMaxDepth) {
+// The real library goes as deep as the stack.
+NestingGuard::NestingGuard(GError** error)
+    : ok_(kAsReal || nesting_depth <= kMaxDepth) {
   ++nesting_depth;
   if (!ok_) {
     g_set_error(error, FL_MESSAGE_CODEC_ERROR, FL_MESSAGE_CODEC_ERROR_FAILED,
@@ -38,6 +41,8 @@ static GBytes* encode_message(FlMessageCodec* codec, FlValue* message,
 
 static FlValue* decode_message(FlMessageCodec* codec, GBytes* message,
                                GError** error) {
+  // No bytes at all are a message: that of nothing.
+  if (g_bytes_get_size(message) == 0) return fl_value_new_null();
   size_t offset = 0;
   g_autoptr(FlValue) value = fl_standard_message_codec_read_value(
       FL_STANDARD_MESSAGE_CODEC(codec), message, &offset, error);

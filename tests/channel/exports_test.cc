@@ -25,6 +25,14 @@ std::string OutputOf(const std::string& command) {
   return output;
 }
 
+// Whether a name is one of the marks that linkers set. With --export-dynamic,
+// which GTK may bring along, or for a library that refers to them, they export
+// these as well.
+bool IsLinkersMark(const std::string& name) {
+  return name == "_init" || name == "_fini" || name == "__bss_start" ||
+         name == "_edata" || name == "_end";
+}
+
 // The names that `library` defines for others. Weak ones (V, W, u) are copies
 // of templates of the standard library, which any other copy may replace.
 std::vector<std::string> StrongSymbols(const std::string& library) {
@@ -32,9 +40,8 @@ std::vector<std::string> StrongSymbols(const std::string& library) {
   std::vector<std::string> names;
   std::string address, kind, name;
   while (lines >> address >> kind >> name) {
-    if (std::string("VWuvw").find(kind) == std::string::npos) {
-      names.push_back(name);
-    }
+    const bool weak = std::string("VWuvw").find(kind) != std::string::npos;
+    if (!weak && !IsLinkersMark(name)) names.push_back(name);
   }
   return names;
 }

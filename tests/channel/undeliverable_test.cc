@@ -1,4 +1,4 @@
-// A reply or a log line that the embedding fails to take.
+// A log line that the embedding fails to take.
 #include <gmock/gmock.h>
 
 #include <string>
@@ -12,85 +12,14 @@ namespace {
 using testing::ElementsAre;
 using UndeliverableTest = ChannelTest;
 
-gboolean RefuseResponse(FlBinaryMessenger*, FlBinaryMessengerResponseHandle*,
-                        GBytes*, GError** error) {
-  g_set_error_literal(error, G_IO_ERROR, G_IO_ERROR_CLOSED, "nobody is there");
-  return FALSE;
-}
-
 GBytes* RefuseSuccess(FlMethodCodec*, FlValue*, GError** error) {
   g_set_error_literal(error, G_IO_ERROR, G_IO_ERROR_CLOSED, "no words for it");
   return nullptr;
 }
 
 // The interface allows to refuse without a reason.
-gboolean RefuseResponseSilently(FlBinaryMessenger*,
-                                FlBinaryMessengerResponseHandle*, GBytes*,
-                                GError**) {
-  return FALSE;
-}
-
 GBytes* RefuseSuccessSilently(FlMethodCodec*, FlValue*, GError**) {
   return nullptr;
-}
-
-// The host's own messenger remarks on a handle that is dropped unanswered.
-const GlibLine kDropped{std::nullopt, G_LOG_LEVEL_CRITICAL,
-                        "a platform message was dropped without an answer"};
-
-TEST_F(UndeliverableTest, AReplyThatCannotBeSentIsLoggedAndForgotten) {
-  {
-    const ScopedOverride refuse(
-        &FL_BINARY_MESSENGER_GET_IFACE(engine().messenger())->send_response,
-        RefuseResponse);
-    Post("flush");
-    engine().IterateUntil([this] { return !glib().Lines().empty(); });
-  }
-  EXPECT_THAT(glib().Take(),
-              ElementsAre(PluginWarning("failed to respond: nobody is there"),
-                          kDropped));
-  EXPECT_THAT(TakeTranscript(), ElementsAre());
-  EXPECT_EQ(Call("flush"), NullReply()) << "later calls are answered";
-}
-
-TEST_F(UndeliverableTest, AnErrorReplyThatCannotBeSentIsLoggedTheSameWay) {
-  {
-    const ScopedOverride refuse(
-        &FL_BINARY_MESSENGER_GET_IFACE(engine().messenger())->send_response,
-        RefuseResponse);
-    Post("stop");
-    engine().IterateUntil([this] { return glib().Lines().size() == 3; });
-  }
-  EXPECT_THAT(
-      glib().Take(),
-      ElementsAre(PluginWarning("stop failed: NOT_RECORDING stop with no open "
-                                "recording"),
-                  PluginWarning("failed to respond: nobody is there"),
-                  kDropped));
-}
-
-TEST_F(UndeliverableTest, AReplyRefusedWithoutAReasonIsLoggedAllTheSame) {
-  {
-    const ScopedOverride refuse(
-        &FL_BINARY_MESSENGER_GET_IFACE(engine().messenger())->send_response,
-        RefuseResponseSilently);
-    Post("flush");
-    engine().IterateUntil([this] { return !glib().Lines().empty(); });
-  }
-  EXPECT_THAT(
-      glib().Take(),
-      ElementsAre(PluginWarning("failed to respond: unknown error"), kDropped));
-}
-
-TEST_F(UndeliverableTest, AnUnknownMethodIgnoresThatItCannotRespond) {
-  const ScopedOverride refuse(
-      &FL_BINARY_MESSENGER_GET_IFACE(engine().messenger())->send_response,
-      RefuseResponse);
-  Post("begin");
-  for (const GlibLine& line : glib().Take()) {
-    EXPECT_NE(line.message.rfind("[Corvane]", 0), 0u)
-        << "not the plugin's affair: " << line;
-  }
 }
 
 TEST_F(UndeliverableTest, ALogLineThatCannotBeSentIsLoggedAndForgotten) {

@@ -14,6 +14,10 @@
 // The messages that the tests send and expect, worked out by hand.
 inline const Octets kNullSuccess = {0, 0};
 
+// "Not implemented" is an answer without bytes, given as NULL by some releases
+// of the library and as no bytes by others: compare Answer.value_or(kNoBytes).
+inline const Octets kNoBytes = {};
+
 // A method call without arguments whose name is shorter than 254 bytes.
 Octets call_of(const std::string& method);
 

@@ -132,6 +132,7 @@ TEST_F(RandomCodecTest, EveryCutOfAMessageIsOutOfData) {
     const Value value(RandomValue(3));
     const Octets message = Encode(value.get());
     const Octets cut(message.begin(), message.begin() + Below(message.size()));
+    if (cut.empty()) continue;  // No bytes at all are a message again.
     EXPECT_EQ(Refusal(cut), FL_MESSAGE_CODEC_ERROR_OUT_OF_DATA);
   }
 }

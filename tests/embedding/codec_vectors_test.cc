@@ -46,6 +46,22 @@ TEST_F(CodecTableTest, NoValueIsEncodedAsNull) {
   EXPECT_EQ(Encode(nullptr), (Octets{0}));
 }
 
+TEST_F(CodecTableTest, AnEmptyMessageIsANullValue) {
+  const Value value = Decode({});
+  ASSERT_NE(value, nullptr);
+  EXPECT_EQ(fl_value_get_type(value.get()), FL_VALUE_TYPE_NULL);
+}
+
+TEST_F(CodecTableTest, NoBytesInsideAMessageAreNoValue) {
+  const Owned<GBytes> nothing = to_bytes({});
+  size_t offset = 0;
+  g_autoptr(GError) error = nullptr;
+  EXPECT_EQ(fl_standard_message_codec_read_value(standard_.get(), nothing.get(),
+                                                 &offset, &error),
+            nullptr);
+  EXPECT_EQ(outcome_of(error).code, FL_MESSAGE_CODEC_ERROR_OUT_OF_DATA);
+}
+
 TEST_F(CodecTableTest, NanKeepsItsBits) {
   // A quiet NaN with a payload: 7FF8000000000123.
   const Octets nan =

@@ -117,6 +117,14 @@ TEST_F(EventChannelTest, AnEventIsASuccessEnvelope) {
   EXPECT_EQ(OnlySent(), (Octets{0, 3, 1, 0, 0, 0}));
 }
 
+TEST_F(EventChannelTest, NoEventIsACriticalAndNotSent) {
+  g_autoptr(GError) error = nullptr;
+  EXPECT_FALSE(fl_event_channel_send(channel_.get(), nullptr, nullptr, &error));
+  EXPECT_EQ(error, nullptr);
+  EXPECT_THAT(logs_.Take(), ElementsAre(CriticalOf("fl_event_channel_send")));
+  EXPECT_THAT(state().sent, IsEmpty());
+}
+
 TEST_F(EventChannelTest, AnErrorEventIsAnErrorEnvelope) {
   const Value details(fl_value_new_bool(false));
   EXPECT_TRUE(fl_event_channel_send_error(channel_.get(), "E", "m",
@@ -183,21 +191,40 @@ TEST_F(EventChannelTest, GivingUpTheOwnReferenceClosesNothing) {
   EXPECT_EQ(destroyed_, 0);
 }
 
-TEST_F(EventChannelTest, ClosingKeepsTheHandlersUntilTheChannelIsDisposed) {
+TEST_F(EventChannelTest, ClosingRemovesTheHandlersAndNotifiesAtOnce) {
   SetHandlers();
   ShutDown();
-  EXPECT_EQ(destroyed_, 0);
+  EXPECT_EQ(destroyed_, 1);
   channel_.reset();
   EXPECT_EQ(destroyed_, 1);
 }
 
-TEST_F(EventChannelTest, ClosingLetsTheChannelGo) {
-  SetHandlers();
-  const LifeWatch channel(channel_.get());
+TEST_F(EventChannelTest, ClosingNotifiesWhileTheChannelIsThere) {
+  struct Witness {
+    LifeWatch* watch;
+    std::string order;
+  } witness;
+  LifeWatch watch(channel_.get());
+  witness.watch = &watch;
+  fl_event_channel_set_stream_handlers(
+      channel_.get(), nullptr, nullptr, &witness, [](gpointer data) {
+        auto* witness = static_cast<Witness*>(data);
+        witness->order += witness->watch->alive() ? "alive" : "gone";
+      });
   channel_.reset();
   ShutDown();
-  EXPECT_FALSE(channel.alive());
+  EXPECT_EQ(witness.order, "alive");
+  EXPECT_FALSE(watch.alive());
+}
+
+TEST_F(EventChannelTest, ASecondChannelOfTheNameClosesTheFirst) {
+  SetHandlers();
+  const Owned<FlEventChannel> second(
+      fl_event_channel_new(messenger_.get(), "events", codec()));
   EXPECT_EQ(destroyed_, 1);
+  channel_.reset();  // The first one's end must not close the second.
+  Deliver("events", call_of("listen"));
+  EXPECT_THAT(seen_, IsEmpty());
 }
 
 TEST_F(EventChannelTest, HandlersOfAClosedChannelAreTakenSilently) {
@@ -210,27 +237,12 @@ TEST_F(EventChannelTest, HandlersOfAClosedChannelAreTakenSilently) {
 
 TEST_F(EventChannelTest, AnEventAfterShutdownIsTrueAndNotSent) {
   ShutDown();
+  const Value event(fl_value_new_int(1));
   g_autoptr(GError) error = nullptr;
-  EXPECT_TRUE(fl_event_channel_send(channel_.get(), nullptr, nullptr, &error));
+  EXPECT_TRUE(
+      fl_event_channel_send(channel_.get(), event.get(), nullptr, &error));
   EXPECT_EQ(error, nullptr);
   EXPECT_THAT(state().sent, IsEmpty());
-}
-
-TEST_F(EventChannelTest, AHandlerMayCloseItsOwnChannel) {
-  fl_event_channel_set_stream_handlers(
-      channel_.get(),
-      [](FlEventChannel*, FlValue*,
-         gpointer messenger) -> FlMethodErrorResponse* {
-        fl_binary_messenger_set_message_handler_on_channel(
-            FL_BINARY_MESSENGER(messenger), "events", nullptr, nullptr,
-            nullptr);
-        return nullptr;
-      },
-      nullptr, messenger_.get(), nullptr);
-  const LifeWatch channel(channel_.get());
-  channel_.reset();
-  EXPECT_EQ(AnswerTo(Deliver("events", call_of("listen"))), kNullSuccess);
-  EXPECT_FALSE(channel.alive());
 }
 
 }  // namespace

@@ -183,6 +183,17 @@ TEST_F(MethodCodecTest, AnEnvelopeCutAnywhereIsOutOfData) {
   }
 }
 
+// Whoever hands on an answer asks whether there is one before it is decoded.
+TEST_F(MethodCodecTest, NoEnvelopeAtAllIsOutOfData) {
+  const Owned<GBytes> empty = to_bytes({});
+  for (GBytes* bytes : {static_cast<GBytes*>(nullptr), empty.get()}) {
+    g_autoptr(GError) error = nullptr;
+    EXPECT_EQ(klass()->decode_response(codec_, bytes, &error), nullptr);
+    EXPECT_EQ(outcome_of(error).code, FL_MESSAGE_CODEC_ERROR_OUT_OF_DATA);
+  }
+  logs_.Take();  // NULL may be a critical as well.
+}
+
 TEST_F(MethodCodecTest, MalformedEnvelopesAreFailures) {
   const int kFailedCode = FL_MESSAGE_CODEC_ERROR_FAILED;
   EXPECT_EQ(ResponseRefusal(kSuccess + Octets{0}), kFailedCode);

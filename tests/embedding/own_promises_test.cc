@@ -181,18 +181,6 @@ TEST_F(OwnPromisesTest, AResponseOfNoKnownKindIsNotSent) {
                               FL_METHOD_RESPONSE_ERROR_FAILED));
 }
 
-TEST_F(OwnPromisesTest, NoResponseBytesAreOutOfDataForTheCodec) {
-  const Owned<GBytes> empty = to_bytes({});
-  for (GBytes* bytes : {static_cast<GBytes*>(nullptr), empty.get()}) {
-    g_autoptr(GError) error = nullptr;
-    EXPECT_EQ(FL_METHOD_CODEC_GET_CLASS(codec())->decode_response(
-                  codec(), bytes, &error),
-              nullptr);
-    EXPECT_TRUE(g_error_matches(error, FL_MESSAGE_CODEC_ERROR,
-                                FL_MESSAGE_CODEC_ERROR_OUT_OF_DATA));
-  }
-}
-
 TEST_F(OwnPromisesTest, NullWhereTextOrAValueIsDueIsACritical) {
   EXPECT_EQ(fl_value_new_string(nullptr), nullptr);
   EXPECT_EQ(fl_value_to_string(nullptr), nullptr);

@@ -94,7 +94,8 @@ void fl_binary_messenger_set_message_handler_on_channel(
     GDestroyNotify destroy_notify);
 
 /* Answers a message, once; works from any thread. Handle and bytes are
- * borrowed; NULL bytes answer "not implemented". */
+ * borrowed; no bytes, as NULL or as an empty GBytes, answer "not
+ * implemented". */
 G_MODULE_EXPORT
 gboolean fl_binary_messenger_send_response(
     FlBinaryMessenger* messenger,

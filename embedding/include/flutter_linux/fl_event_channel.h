@@ -25,7 +25,8 @@ G_DECLARE_FINAL_TYPE(FlEventChannel, fl_event_channel, FL, EVENT_CHANNEL,
                      GObject)
 
 /* Called when Dart listens or cancels. `args` is borrowed. Returns NULL to
- * accept, or the error to answer with (transfer full). */
+ * accept, or the error to answer with (transfer full). It must not take its
+ * own channel off the messenger: nothing else keeps the channel alive. */
 typedef FlMethodErrorResponse* (*FlEventChannelHandler)(FlEventChannel* channel,
                                                         FlValue* args,
                                                         gpointer user_data);
@@ -37,8 +38,8 @@ FlEventChannel* fl_event_channel_new(FlBinaryMessenger* messenger,
 
 /*
  * Replaces both handlers (either may be NULL: it accepts) and runs the former
- * ones' destroy notify. The channel keeps them until it is disposed, even when
- * the messenger has dropped it.
+ * ones' destroy notify. So does the messenger when it drops the channel; what
+ * is set after that is kept until the channel is disposed.
  */
 G_MODULE_EXPORT
 void fl_event_channel_set_stream_handlers(FlEventChannel* channel,
@@ -49,8 +50,8 @@ void fl_event_channel_set_stream_handlers(FlEventChannel* channel,
 
 /*
  * Send an event, an error or the end of the stream. FALSE with `error` set if
- * it can not be encoded; whether anybody receives it is not known. `event`,
- * `details` and `cancellable` may be NULL, `code` and `message` may not.
+ * it can not be encoded; whether anybody receives it is not known. `details`
+ * and `cancellable` may be NULL; `event`, `code` and `message` may not.
  */
 G_MODULE_EXPORT
 gboolean fl_event_channel_send(FlEventChannel* channel, FlValue* event,

@@ -54,7 +54,8 @@ G_MODULE_EXPORT
 GBytes* fl_message_codec_encode_message(FlMessageCodec* codec, FlValue* message,
                                         GError** error);
 
-/* Transfer full, NULL with `error` set on failure. */
+/* Transfer full, NULL with `error` set on failure. The standard codec decodes
+ * an empty message to a null value. */
 G_MODULE_EXPORT
 FlValue* fl_message_codec_decode_message(FlMessageCodec* codec, GBytes* message,
                                          GError** error);

@@ -31,7 +31,8 @@ FlValue* fl_method_call_get_args(FlMethodCall* method_call);
 /*
  * Send the answer. FALSE on failure: then `error` is set to an error that the
  * caller owns, but it may also stay NULL (a second answer, which is a mistake
- * of the caller's and logs a critical).
+ * of the caller's and logs a critical). With the real library the error of
+ * fl_method_call_respond() is freed already, that of the others is sound.
  */
 G_MODULE_EXPORT
 gboolean fl_method_call_respond(FlMethodCall* method_call,
