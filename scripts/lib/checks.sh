@@ -62,17 +62,3 @@ packages_are_named_without_root() {
   [[ ! -s $output.out ]]
   grep -F "apt-get install --no-install-recommends some-package" "$output.err"
 }
-
-# The stand-in, laid out like a Flutter SDK's engine artifacts, with no preset.
-builds_against_sdk_folder() {
-  local sdk=$PWD/build/flutter_sdk folder=build/against_sdk
-  rm -rf "$sdk" "$folder/take.aac"
-  mkdir -p "$sdk"
-  cp -r build/release/embedding/libflutter_linux_gtk.so \
-    embedding/include/flutter_linux "$sdk"
-  cmake --fresh -S . -B "$folder" -G Ninja "-DCORVANE_FLUTTER_DIR=$sdk"
-  ninja -C "$folder"
-  [[ ! -e $folder/embedding ]]
-  ldd "$folder/corvane" | grep -F "$sdk/libflutter_linux_gtk.so"
-  "$folder/corvane" record -i "$sample" "$folder/take.aac"
-}

@@ -5,20 +5,6 @@
 
 application=build/application
 
-# lay_out_engine: in $application/engine, like a Flutter SDK's engine artifacts:
-# CORVANE_FLUTTER_DIR's, or the stand-in.
-lay_out_engine() {
-  local engine=$application/engine
-  mkdir -p "$engine"
-  if [[ -n ${CORVANE_FLUTTER_DIR:-} ]]; then
-    cp -r "$CORVANE_FLUTTER_DIR"/{libflutter_linux_gtk.so,flutter_linux} \
-      "$engine"
-  else
-    cp -r build/release/embedding/libflutter_linux_gtk.so \
-      embedding/include/flutter_linux "$engine"
-  fi
-}
-
 # lay_out_application: the example's own linux/ folder, with a runner that needs
 # no Dart, and beside it what the Flutter tool would have left there.
 lay_out_application() {
@@ -31,7 +17,8 @@ lay_out_application() {
   cp tests/application/{main.cc,my_application.cc,my_application.h} \
     "$application/linux/runner"
   cp tests/application/tool_backend.sh "$tool"
-  lay_out_engine
+  lay_out_engine "$application/engine" \
+    build/release/embedding/libflutter_linux_gtk.so
   mkdir -p "$ephemeral/.plugin_symlinks"
   ln -s "$PWD" "$ephemeral/.plugin_symlinks/corvane"
   cat >"$ephemeral/generated_config.cmake" <<END

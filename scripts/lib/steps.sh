@@ -37,8 +37,9 @@ check() {
   report $((1 - bad)) $bad $status_word "$log" $((SECONDS - started))
 }
 
-# run_tests BUILD: runs every test program that the build registered, two at a
-# time, and counts the cases of each.
+# run_tests BUILD [CTEST ARGUMENT]...: runs every test program that the build
+# registered, or those that the arguments choose, two at a time, and counts the
+# cases of each.
 run_tests() {
   local name=$1 started=$SECONDS log=$logs/tests_$1.log good=0 bad=0
   local results=$PWD/build/$name/test_results program programs
@@ -46,7 +47,7 @@ run_tests() {
   mkdir -p "$results"
   printf '%-36s ' "tests $name"
   # Asked for first, since the answer replaces the records of a run.
-  programs=$(ctest --test-dir "build/$name" --show-only=json-v1 2>"$log" |
+  programs=$(ctest --test-dir "build/$name" "${@:2}" --show-only=json-v1 2>"$log" |
     jq -r '.tests[].name') || programs=
   if [[ -z $programs ]]; then
     echo "build/$name registers no test program." >"$log"
@@ -54,7 +55,7 @@ run_tests() {
     return
   fi
   GTEST_OUTPUT=json:$results/ attempt "$log" \
-    ctest --test-dir "build/$name" -j2 --output-on-failure
+    ctest --test-dir "build/$name" "${@:2}" -j2 --output-on-failure
   while read -r program; do
     count_cases "$results/$program.json" "$(ended_well "$name" "$program")"
     count_in "$program" "$cases_held" "$cases_bad"

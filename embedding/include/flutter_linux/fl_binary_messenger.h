@@ -15,6 +15,8 @@ G_BEGIN_DECLS
 
 #define FL_BINARY_MESSENGER_ERROR fl_binary_messenger_codec_error_quark()
 
+/* For messengers of one's own: the engine's has a critical and no error for a
+ * second answer. */
 typedef enum {
   FL_BINARY_MESSENGER_ERROR_ALREADY_RESPONDED
 } FlBinaryMessengerError;
