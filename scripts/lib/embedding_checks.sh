@@ -8,14 +8,15 @@
 embedding_tests=(channel_test embedding_test host_test two_plugins_test)
 
 # lay_out_engine FOLDER LIBRARY: like a Flutter SDK's engine artifacts:
-# CORVANE_FLUTTER_DIR's, or LIBRARY with the stand-in's headers.
+# CORVANE_FLUTTER_DIR's, or LIBRARY with the stand-in's headers. As old as they
+# are, so that nothing is compiled again for a copy.
 lay_out_engine() {
   rm -rf "$1"
   mkdir -p "$1"
   if [[ -n ${CORVANE_FLUTTER_DIR:-} ]]; then
-    cp -r "$CORVANE_FLUTTER_DIR"/{libflutter_linux_gtk.so,flutter_linux} "$1"
+    cp -rp "$CORVANE_FLUTTER_DIR"/{libflutter_linux_gtk.so,flutter_linux} "$1"
   else
-    cp -r "$2" embedding/include/flutter_linux "$1"
+    cp -rp "$2" embedding/include/flutter_linux "$1"
   fi
 }
 
