@@ -97,7 +97,8 @@ Reply finalize_wav(PluginState* state, const std::string& path,
     }
     status.st_size = 0;  // a failure without a reason: no data is known of
   }
-  const auto size = static_cast<uint64_t>(status.st_size);
+  // A file system may tell a size below 0: that is no sound, not a lot of it.
+  const auto size = static_cast<uint64_t>(std::max<off_t>(status.st_size, 0));
   const uint64_t data_bytes =
       size >= kWavHeaderSize ? size - kWavHeaderSize : 0;
   if (data_bytes > kMaxWavDataBytes) {
