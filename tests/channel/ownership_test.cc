@@ -3,7 +3,9 @@
 #include <corvane/corvane_plugin.h>
 #include <gmock/gmock.h>
 #include <malloc.h>
+#include <sys/stat.h>
 
+#include <cerrno>
 #include <memory>
 #include <string>
 #include <vector>
@@ -99,6 +101,44 @@ TEST_F(OwnershipTest, AHundredPluginsLeaveNothingBehind) {
   const size_t heap = HeapInUse();
   for (int life = 0; life < 50; ++life) one_life();
   EXPECT_EQ(OpenDescriptors(), descriptors);
+  EXPECT_LT(HeapInUse(), heap + kNoise);
+}
+
+// Records, events and maps hold texts: long ones show what is kept of them.
+TEST_F(OwnershipTest, ThousandsOfLongLinesAndErrorsLeaveNothingBehind) {
+  const std::string long_path = memory_.Path(std::string(4000, 'x'));
+  const auto fail = [&](int times) {
+    for (int i = 0; i < times; ++i) {
+      EXPECT_EQ(Start(long_path).native_code, ENAMETOOLONG);
+      TakeTranscript();
+      glib().Take();
+    }
+  };
+  fail(100);
+  const size_t heap = HeapInUse();
+  fail(1000);
+  EXPECT_LT(HeapInUse(), heap + kNoise);
+}
+
+// The working directory's name is asked for with every relative path.
+TEST_F(OwnershipTest, AThousandRelativePathsLeaveNothingBehind) {
+  std::string folder = memory_.path();
+  for (int depth = 0; depth < 12; ++depth) {
+    folder += "/" + std::string(250, 'd');
+    ASSERT_EQ(mkdir(folder.c_str(), 0755), 0);
+  }
+  const WorkingDir here(folder);
+  const Value args = CaptureArgs("a.aac", 48000, 1).With("outputPath", "b.aac");
+  const auto refuse = [&](int times) {
+    for (int i = 0; i < times; ++i) {
+      EXPECT_EQ(Call("finalizePath", args).code, "INVALID_ARGS");
+      TakeTranscript();
+      glib().Take();
+    }
+  };
+  refuse(100);
+  const size_t heap = HeapInUse();
+  refuse(1000);
   EXPECT_LT(HeapInUse(), heap + kNoise);
 }
 

@@ -9,7 +9,10 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <chrono>
+#include <future>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "support/adts_frames.h"
@@ -50,6 +53,37 @@ inline Lines Steps(const CallLog& log) {
   names.erase(std::unique(names.begin(), names.end()), names.end());
   return names;
 }
+
+// Stops the worker at the next call that `rule` matches, until the gate is
+// opened or gone.
+class Gate {
+ public:
+  explicit Gate(Rule rule)
+      : fault_(rule.Nth(1).Before(
+            [this, opened = opened_.get_future().share()](PluginCall&) {
+              reached_.set_value();
+              opened.wait();
+            })) {}
+  ~Gate() { Open(); }
+
+  // Until the worker has come as far as that. The main context doesn't run
+  // meanwhile: what the worker has to say stays under way.
+  void AwaitWorker() {
+    EXPECT_EQ(reached_.get_future().wait_for(std::chrono::seconds(20)),
+              std::future_status::ready)
+        << "the worker doesn't come";
+  }
+
+  void Open() {
+    if (!std::exchange(open_, true)) opened_.set_value();
+  }
+
+ private:
+  std::promise<void> reached_;
+  std::promise<void> opened_;
+  bool open_ = false;
+  Fault fault_;
+};
 
 class FaultsTest : public ChannelTest {
  protected:
