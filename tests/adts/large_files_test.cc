@@ -10,6 +10,7 @@
 #include "pieces.h"
 #include "recorded_reads.h"
 #include "support/memory_file.h"
+#include "support/naive_scan.h"
 
 namespace corvane_test {
 namespace {
@@ -18,15 +19,21 @@ using adts::Scan;
 
 constexpr int kLength = 8191;  // of each frame, the largest there is
 
-// A file of nothing but frames of 8191 bytes, 4 blocks each, of which only the
-// headers are there.
-Scan ScanFrames(int64_t frames, int64_t bytes_behind) {
+// So many that the last pieces read begin behind 4 GiB.
+constexpr int64_t kFrames = (int64_t{1} << 32) / kLength + 40;
+
+constexpr Scan kAllFrames = {kFrames * kLength, kFrames* kLength,
+                             kFrames * 4096, 96000, 0};
+
+// Scans a file of such frames, 4 blocks each, of which only the headers are
+// there; `torn` bytes of another follow.
+Scan ScanFrames(int64_t torn) {
   HeaderFields fields;
   fields.frame_length = kLength;
   fields.frequency_index = 0;
   fields.raw_data_blocks = 3;
   const Bytes header = HeaderBytes(fields);
-  const int64_t size = frames * kLength + bytes_behind;
+  const int64_t size = kFrames * kLength + torn;
   const MemoryFile file(Bytes{1});
   const RecordedReads recorder(
       [&](int, void* buffer, size_t count, off_t offset) {
@@ -52,16 +59,11 @@ Scan ScanFrames(int64_t frames, int64_t bytes_behind) {
 }
 
 TEST(LargeFile, IsScannedBehindItsFirst4GiB) {
-  const int64_t frames = (int64_t{1} << 32) / kLength + 2;
-  EXPECT_EQ(ScanFrames(frames, 0), (Scan{frames * kLength, frames * kLength,
-                                         frames * 4096, 96000, 0}));
+  EXPECT_EQ(ScanFrames(0), kAllFrames);
 }
 
 TEST(LargeFile, IsCutBehindItsFirst4GiB) {
-  const int64_t frames = (int64_t{1} << 32) / kLength + 2;
-  EXPECT_EQ(
-      ScanFrames(frames, kLength - 1),
-      (Scan{frames * kLength, frames * kLength, frames * 4096, 96000, 0}));
+  EXPECT_EQ(ScanFrames(kLength - 1), kAllFrames);
 }
 
 TEST(LargeFile, MayHoldMoreSamplesThan31BitsCount) {
