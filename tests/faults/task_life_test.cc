@@ -50,6 +50,17 @@ class TaskLifeTest : public testing::Test {
     corvane::messenger_deliver(messenger_, "tasks", message, nullptr);
   }
 
+  // Asked on a thread of its own: one that has locked it must not ask.
+  bool QueueIsFree() {
+    return std::async(std::launch::async,
+                      [this] {
+                        const std::unique_lock<std::mutex> lock(
+                            state_->mutex, std::try_to_lock);
+                        return lock.owns_lock();
+                      })
+        .get();
+  }
+
   void Finish() {
     if (state_->worker.joinable()) state_->FinishTasks();
   }
@@ -105,41 +116,29 @@ TEST_F(TaskLifeTest, AChunkGoesBeforeTheNextCallRuns) {
 }
 
 TEST_F(TaskLifeTest, TheLastChunkGoesWithoutAnotherCall) {
-  std::promise<void> gone;
-  std::shared_ptr<void> chunk(&gone, [](void* told) {
-    static_cast<std::promise<void>*>(told)->set_value();
-  });
+  const auto gone = std::make_shared<std::promise<void>>();
+  std::shared_ptr<void> chunk(nullptr, [gone](void*) { gone->set_value(); });
   Queue([chunk = std::move(chunk)] { return ::Reply(); });
-  EXPECT_TRUE(Comes(gone.get_future()));
+  EXPECT_TRUE(Comes(gone->get_future()));
 }
 
-// While the queue is locked nobody could make a call.
+// While the queue is locked nobody could make a call. The main thread waits,
+// for it would lock the queue itself.
 TEST_F(TaskLifeTest, TheQueueIsFreeWhileACallRuns) {
-  std::promise<void> running, queued;
-  Queue([&] {
-    running.set_value();
-    EXPECT_TRUE(Comes(queued.get_future()));
+  const auto free = std::make_shared<std::promise<bool>>();
+  Queue([this, free] {
+    free->set_value(QueueIsFree());
     return ::Reply();
   });
-  ASSERT_TRUE(Comes(running.get_future()));
-  const auto other = std::async(std::launch::async, [this] {
-    const std::lock_guard<std::mutex> lock(state_->mutex);
-  });
-  EXPECT_TRUE(Comes(other));
-  queued.set_value();
+  EXPECT_TRUE(free->get_future().get());
 }
 
 TEST_F(TaskLifeTest, TheQueueIsFreeWhileAChunkGoes) {
-  std::promise<void> gone;
-  std::shared_ptr<void> chunk(nullptr, [&](void*) {
-    const auto other = std::async(std::launch::async, [this] {
-      const std::lock_guard<std::mutex> lock(state_->mutex);
-    });
-    EXPECT_TRUE(Comes(other));
-    gone.set_value();
-  });
+  const auto free = std::make_shared<std::promise<bool>>();
+  std::shared_ptr<void> chunk(
+      nullptr, [this, free](void*) { free->set_value(QueueIsFree()); });
   Queue([chunk = std::move(chunk)] { return ::Reply(); });
-  EXPECT_TRUE(Comes(gone.get_future()));
+  EXPECT_TRUE(free->get_future().get());
 }
 
 // A line under way keeps the relay, one that is delivered doesn't.
