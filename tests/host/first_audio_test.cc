@@ -1,5 +1,4 @@
 // Nothing is touched before the first audio is there.
-#include <csignal>
 #include <nlohmann/json.hpp>
 
 #include "host/record_fixture.h"
@@ -51,22 +50,6 @@ TEST_F(FirstAudioTest, AnAudioFileWithoutSoundIsNoTake) {
   const std::string wav = MakeWav("in.wav", {});
   ShouldFail(Corvane({"record", take_, "-i", wav}),
              wav + ": no audio came; " + take_ + " is as it was");
-  EXPECT_EQ(Folder(), Words());
-}
-
-TEST_F(FirstAudioTest, ASignalBeforeItLeavesNothing) {
-  ChildSetup setup;
-  setup.input_is_pipe = true;
-  setup.terminal_columns = 80;
-  const auto child = StartCorvane(record_, setup);
-  child->AwaitError("waiting for audio");
-  child->Signal(SIGINT);
-  const ChildResult run = child->Wait();
-  EXPECT_EQ(run.status, 1);
-  EXPECT_NE(run.err.find("standard input: stopped before any audio came; " +
-                         take_ + " is as it was"),
-            std::string::npos)
-      << run.err;
   EXPECT_EQ(Folder(), Words());
 }
 

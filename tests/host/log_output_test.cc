@@ -39,6 +39,7 @@ class LogOutputTest : public ::testing::Test {
 };
 
 TEST_F(LogOutputTest, ALineAndItsEventAreOne) {
+  console_.SetVerbosity(corvane::Verbosity::kVerbose);
   Glib(G_LOG_LEVEL_WARNING, "[Corvane] disk trouble");
   log_.OnEvent("error", "disk trouble");
   log_.Flush();
@@ -46,6 +47,7 @@ TEST_F(LogOutputTest, ALineAndItsEventAreOne) {
 }
 
 TEST_F(LogOutputTest, EqualLinesInARowAreCounted) {
+  console_.SetVerbosity(corvane::Verbosity::kVerbose);
   for (int i = 0; i < 4; ++i) Glib(G_LOG_LEVEL_WARNING, "[Corvane] again");
   for (int i = 0; i < 3; ++i) log_.OnEvent("error", "again");
   log_.OnEvent("warning", "again");
@@ -71,6 +73,38 @@ TEST_F(LogOutputTest, LinesThatStillWaitAreWrittenAtTheEnd) {
   log_.Flush();
   log_.Flush();
   EXPECT_EQ(Written(), Words{"info: closed"});
+}
+
+// Whoever called the plugin says what failed; the rest follows from it.
+TEST_F(LogOutputTest, AFailureAndWhatFollowsFromItAreLeftToTheCaller) {
+  log_.OnEvent("info", "start");
+  log_.OnEvent("error", "append failed");
+  log_.OnEvent("warning", "drain failed");
+  log_.OnEvent("info", "closed");
+  log_.Flush();
+  log_.OnEvent("warning", "another call's");
+  EXPECT_EQ(Written(), Words({"info: start", "warning: another call's"}));
+}
+
+TEST_F(LogOutputTest, QuietLeavesNoLineOfThePlugin) {
+  console_.SetVerbosity(corvane::Verbosity::kQuiet);
+  for (const char* level : {"info", "warning", "error"}) {
+    log_.OnEvent(level, "said");
+  }
+  log_.Flush();
+  EXPECT_EQ(Written(), Words());
+}
+
+// They come on the worker, between the lines of the plugin that they belong to.
+TEST_F(LogOutputTest, RemarksOfLibavStandBetweenThePluginsLines) {
+  Glib(G_LOG_LEVEL_MESSAGE, "[Corvane] start");
+  Glib(G_LOG_LEVEL_MESSAGE, "too many bits", "libav");
+  Glib(G_LOG_LEVEL_MESSAGE, "[Corvane] started");
+  EXPECT_EQ(Written(), Words());
+  log_.OnEvent("info", "start");
+  log_.OnEvent("info", "started");
+  EXPECT_EQ(Written(),
+            Words({"info: start", "libav: too many bits", "info: started"}));
 }
 
 TEST_F(LogOutputTest, WhatOthersLogIsWrittenAtOnce) {

@@ -82,9 +82,9 @@ TEST_F(RemovedTakeTest, AMovedFileIsSealedWhereItIs) {
 // Whoever holds no lock can write all the same.
 TEST_F(RemovedTakeTest, FiguresThatCannotBeTheTakesAreNotPassedOff) {
   const std::string other = Path("other.aac");
-  ASSERT_EQ(Corvane({"record", other, "-i", MakeWav("in.wav", Sine(48000))})
-                .status,
-            0);
+  ASSERT_EQ(
+      Corvane({"record", other, "-i", MakeWav("in.wav", Sine(48000))}).status,
+      0);
   const auto child = StartTake();
   AppendToFile(take_, ReadFile(other));
   child->CloseInput();
