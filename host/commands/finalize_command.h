@@ -17,9 +17,9 @@ struct FinalizeArguments {
 
 // Seals and verifies the capture at each of the paths, and prints its figures
 // as a line of JSON on standard output, everything else on the console. What is
-// no capture is left alone; with --force, only what holds no frame is. A failure
-// keeps none of the others from being sealed; the exit status that is returned
-// tells of it.
+// no capture is left alone; with --force, only what holds no frame is. A
+// failure keeps none of the others from being sealed; the exit status that is
+// returned tells of it.
 int run_finalize(const FinalizeArguments& arguments, Console* console,
                  LogOutput* log);
 

@@ -35,7 +35,8 @@ bool is_taken(const std::string& path, const std::string& objection, bool force,
               Console* console) {
   if (objection.empty()) return true;
   if (force) {
-    console->Complain(path + ": --force overrides this: " + objection);
+    console->Complain(path + ": " + objection +
+                      "; done all the same (--force)");
     return true;
   }
   console->Complain(path + ": " + objection + kLeftAlone);

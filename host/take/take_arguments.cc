@@ -29,9 +29,8 @@ std::string contradiction(const TakeArguments& arguments,
 // time in coming.
 std::unique_ptr<AudioSource> open_raw(const TakeArguments& arguments,
                                       Console* console, int* status) {
-  auto source =
-      open_raw_input(STDIN_FILENO, {arguments.sample_rate, arguments.channels},
-                     arguments.raw);
+  auto source = open_raw_input(
+      STDIN_FILENO, {arguments.sample_rate, arguments.channels}, arguments.raw);
   const std::string objection = objection_to_format(*source);
   if (objection.empty()) return source;
   console->Complain(source->name() + ": " + objection);

@@ -162,8 +162,8 @@ TEST_F(FinalizeTest, FramesThatMayBeChanceAreSealedByForceAlone) {
 
   const ChildResult forced = Corvane({"finalize", "--force", take_});
   EXPECT_EQ(forced.status, 0) << forced.err;
-  EXPECT_NE(forced.err.find("corvane: " + take_ +
-                            ": --force overrides this: " + objection + "\n"),
+  EXPECT_NE(forced.err.find("corvane: " + take_ + ": " + objection +
+                            "; done all the same (--force)\n"),
             std::string::npos)
       << forced.err;
   EXPECT_EQ(json::parse(forced.out)["durationMs"], FramesToMs(2, 44100));

@@ -106,6 +106,8 @@ TEST_F(RawStartTest, TheProgramNamesTheFileUnlessItIsToBeSamples) {
   ShouldFail(feed("resume", {}), sentence);
   EXPECT_EQ(ReadFile(take), held);
   ShouldFail(feed("record", {}), sentence);
+  EXPECT_EQ(ReadFile(take), held);
+  EXPECT_FALSE(Exists(Path("take.orphan.aac")));
 }
 
 }  // namespace
