@@ -8,18 +8,19 @@ _corvane() {
     words="record resume finalize repair-wav --help --version"
   elif [[ $word == -* ]]; then
     case ${COMP_WORDS[1]} in
-      record) words="-i -r -c -b --realtime --chunk-ms --raw --help" ;;
-      resume)
-        words="-i -r -c -b --realtime --chunk-ms --raw --force --help"
+      record | resume)
+        words="-i -r -c -b --flush-every --realtime --chunk-ms --raw --force"
         ;;
-      finalize) words="--force --help" ;;
-      repair-wav) words="-r -c --force --help" ;;
+      finalize) words="--force" ;;
+      repair-wav) words="-r -c --force" ;;
     esac
+    words+=" --quiet --verbose --help"
   else
     case $before in
       -r) words="8000 16000 22050 24000 32000 44100 48000 96000" ;;
       -c) words="1 2 3 4 5 6" ;;
-      -b) words="32000 64000 96000 128000 192000" ;;
+      -b) words="32k 64k 96k 128k 192k" ;;
+      --flush-every) words="0 0.2 1 5" ;;
       --chunk-ms) words="10 20 50 100" ;;
       *)
         compopt -o filenames 2>/dev/null

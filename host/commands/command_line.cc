@@ -32,7 +32,7 @@ come from the file. Raw audio is interleaved s16le and needs -r and -c:
   corvane record -i speech.wav take.aac
   arecord -t raw -f S16_LE -r 48000 | corvane record -i - -r 48000 -c 1 take.aac
 
-Ctrl-C (SIGINT) and SIGTERM end the take and seal it. The figures come as JSON
+Ctrl-C (SIGINT), SIGTERM and SIGHUP end the take and seal it. The figures come as JSON
 on standard output, all else on standard error. Exit status: 0 done, 1 failed,
 2 wrong usage.
 )";
@@ -43,7 +43,7 @@ is cut off first, and nothing else is changed. What doesn't look like a capture
 is left alone; --force goes on in it all the same. Input is as for record:
 
   corvane resume -i rest.wav take.aac
-  arecord -t raw -f S16_LE -r 48000 | corvane resume -i - -r 48000 -c 1 take.aac
+  arecord -t raw -f S16_LE -r 48000 | corvane resume -i - take.aac
 
 The figures of the whole capture come as JSON on standard output, all else on
 standard error. Exit status: 0 done, 1 failed, 2 wrong usage.
@@ -159,12 +159,10 @@ void add_verbosity(CLI::App* command, Verbosity* verbosity) {
   const auto sets = [verbosity](Verbosity value) {
     return [verbosity, value](int64_t) { *verbosity = value; };
   };
-  CLI::Option* quiet = command->add_flag_function(
-      "-q,--quiet", sets(Verbosity::kQuiet), "Say nothing but what went wrong");
-  command
-      ->add_flag_function("-v,--verbose", sets(Verbosity::kVerbose),
-                          "Say all that the plugin says")
-      ->excludes(quiet);
+  command->add_flag_function("-q,--quiet", sets(Verbosity::kQuiet),
+                             "Say nothing but what went wrong");
+  command->add_flag_function("-v,--verbose", sets(Verbosity::kVerbose),
+                             "Say all that the plugin says");
 }
 
 void add_rate_options(CLI::App* command, TakeArguments* arguments) {

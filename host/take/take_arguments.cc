@@ -63,7 +63,7 @@ int64_t bit_rate_of(const TakeArguments& arguments, int channels) {
 }
 
 std::string objection_to_use(const TakeArguments& arguments,
-                                const PcmFormat& format) {
+                             const PcmFormat& format) {
   if (format.channels == kUnplayableChannels) {
     return "ADTS has no way to say how three channels are laid out, so no "
            "player could play them; record 4 channels with one silent, or 2";

@@ -33,7 +33,7 @@ int64_t bit_rate_of(const TakeArguments& arguments, int channels);
 // Why a take in this format would be of no use, as a sentence; empty when it
 // would.
 std::string objection_to_use(const TakeArguments& arguments,
-                                const PcmFormat& format);
+                             const PcmFormat& format);
 
 // Whether to go on in spite of an objection: with --force, which says so.
 // Without it the objection is a complaint.

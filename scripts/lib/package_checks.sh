@@ -217,7 +217,7 @@ completion_is_sound() {
   [[ $(completions re | sort | tr '\n' ' ') == "record repair-wav resume " ]]
   for topic in record resume finalize repair-wav; do
     listed=$("$1" "$topic" --help | sed -nE \
-      's/^  (-h,)?(-[a-z]|--[a-z-]+) .*/\2/p' | sort | tr '\n' ' ')
+      's/^  (-[hqv],)?(-[a-z]|--[a-z-]+) .*/\2/p' | sort | tr '\n' ' ')
     offered=$(completions "$topic" - | sort | tr '\n' ' ')
     echo "$topic: $listed"
     [[ $listed == "$offered" ]]
