@@ -6,7 +6,7 @@ sample=/usr/share/sounds/alsa/Front_Center.wav
 scripts_are_sound() {
   shellcheck -x scripts/run scripts/test scripts/bench scripts/crash-demo \
     bench/compare bench/charts \
-    scripts/crash-test scripts/fuzz scripts/soak scripts/coverage \
+    scripts/crash-test scripts/power-cut scripts/fuzz scripts/soak scripts/coverage \
     scripts/counts scripts/mutants scripts/check-debian13 scripts/check-package \
     scripts/check-flutter \
     packaging/corvane.bash \

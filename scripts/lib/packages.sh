@@ -27,13 +27,15 @@ rival_packages=(
 
 # To test: the second compiler with its sanitizers and checkers, GoogleTest,
 # GTK, which builds against a Flutter SDK's own library and those of
-# applications ask for, what makes small file systems, and what reads manuals.
+# applications ask for, what makes file systems and disks for them, and what
+# reads manuals.
 # shellcheck disable=SC2034 # for those who source this
 test_packages=(
   "${bench_packages[@]}"
   clang clang-format clang-tidy libclang-rt-dev
   libgtest-dev libgmock-dev libgtk-3-dev
-  e2fsprogs git mount groff-base python3 strace valgrind
+  e2fsprogs xfsprogs btrfs-progs libfuse3-dev mount
+  git groff-base python3 strace valgrind
   shellcheck
 )
 

@@ -79,10 +79,13 @@ def go_inside():
             inner.kill()
 
 
-def choose_cuts(recording, journal, count, chance):
+def choose_cuts(recording, journal, count, seed):
     """In the order of their moments."""
     cuts = []
-    for _ in range(count):
+    for number in range(count):
+        # One of its own for each, so that the times drawn for one don't decide
+        # which part of the recording the next is in.
+        chance = random.Random(f"{seed} {number}")
         begin_ns, end_ns = chance.choices(*zip(*windows(recording)))[0]
         cuts.append(power_journal.Cut(
             moment_in(journal, begin_ns, end_ns, chance),
@@ -112,7 +115,13 @@ def moment_in(journal, begin_ns, end_ns, chance):
     return chance.randint(begin_ns, end_ns)
 
 
-def cut_power(kind, options, work, chance):
+def keep(replay, cut, path):
+    """The disk as the cut left it, to be looked into."""
+    replay.make(cut, path)
+    print(f"Broken for the first time: {path}", flush=True)
+
+
+def cut_power(kind, options, work):
     """All of one file system."""
     with power_disk.disk(options.build / "power_disk", kind, work) as folder:
         recorder = power_takes.Recorder(options.build, work, folder,
@@ -123,12 +132,15 @@ def cut_power(kind, options, work, chance):
     judge = power_checks.Judge(recording, options.build / "corvane",
                                work / "cut", options.flush_every)
     tally = power_report.Tally(kind)
-    for cut in choose_cuts(recording, journal, options.cuts, chance):
+    for cut in choose_cuts(recording, journal, options.cuts, options.seed):
         replay.make(cut, work / "cut.img")
         moment_s = (cut.moment_ns - recording.long.began_ns) / 1e9
         with power_disk.mounted(kind, work / "cut.img", work / "cut",
                                 "-o", "loop"):
-            tally.add(cut, moment_s, judge.judge(cut.moment_ns))
+            verdict = judge.judge(cut.moment_ns)
+        if verdict.broken and not tally.broken:
+            keep(replay, cut, options.build / f"power_cut_{kind}.img")
+        tally.add(cut, moment_s, verdict)
     return tally, recording, journal
 
 
@@ -142,7 +154,8 @@ def main():
         return 0
     if not options.inside:
         return go_inside()
-    chance = random.Random(options.seed)
+    # A Ctrl-C is for the process outside, which takes all of this down.
+    signal.signal(signal.SIGINT, signal.SIG_IGN)
     print(f"Seed {options.seed}: {options.cuts} cuts, {options.seconds} s, a "
           f"flush every {options.flush_every} s\n\n{power_report.HEAD}", flush=True)
     tallies = []
@@ -152,7 +165,7 @@ def main():
             print(f"{kind:6} left out: {reason}")
             continue
         with power_disk.memory(options.build / "power_cut") as work:
-            done = cut_power(kind, options, work, chance)
+            done = cut_power(kind, options, work)
         print(power_report.row(*done), flush=True)
         tallies.append(done[0])
     power_report.report(tallies)

@@ -79,12 +79,10 @@ def mounted(kind, what, folder, *options):
 
 @contextlib.contextmanager
 def serving(program, image, journal, folder):
-    """The file that stands for the disk, served by a process of its own. It
-    is spared the terminal's Ctrl-C: what is mounted needs it to the end.
-    """
+    """The file that stands for the disk, served by a process of its own."""
     folder.mkdir(exist_ok=True)
     server = subprocess.Popen([program, image, journal, folder],
-                              stdout=subprocess.PIPE, start_new_session=True)
+                              stdout=subprocess.PIPE)
     try:
         if server.stdout.readline() != b"ready\n":
             raise SystemExit(f"{program} didn't start")

@@ -5,15 +5,19 @@
 //
 //   power_disk IMAGE JOURNAL FOLDER
 //
-// shows IMAGE as FOLDER/disk, says "ready" and stays until it is unmounted.
+// shows IMAGE as FOLDER/disk, says "ready" and stays until it is unmounted. The
+// mounts around it must be private.
 #define FUSE_USE_VERSION 31
 #include <fuse.h>
+#include <sched.h>
+#include <sys/mount.h>
 #include <sys/prctl.h>
 #include <sys/stat.h>
 
 #include <algorithm>
 #include <cerrno>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <iterator>
 
@@ -24,14 +28,34 @@ namespace {
 
 constexpr char kDisk[] = "/disk";
 
-Journal& journal() {
-  return *static_cast<Journal*>(fuse_get_context()->private_data);
+struct Server {
+  Journal journal;
+  const char* folder;
+};
+
+Server& server() {
+  return *static_cast<Server*>(fuse_get_context()->private_data);
+}
+
+Journal& journal() { return server().journal; }
+
+// Whoever is the last in a mount namespace unmounts, as it ends, what is
+// mounted there. Were it this process, it would wait for answers of its own. So
+// it moves to a namespace of its own, from which it takes the folder again: its
+// end comes when the folder is unmounted elsewhere.
+void leave_mounts() {
+  if (unshare(CLONE_NEWNS) == 0 && umount2(server().folder, MNT_DETACH) == 0) {
+    return;
+  }
+  std::perror("leaving the mounts");
+  std::exit(EXIT_FAILURE);
 }
 
 void* say_ready(fuse_conn_info*, fuse_config*) {
+  leave_mounts();
   std::puts("ready");
   std::fflush(stdout);
-  return &journal();
+  return &server();
 }
 
 int look(const char* path, struct stat* out, fuse_file_info*) {
@@ -71,7 +95,7 @@ int write_disk(const char*, const char* data, size_t size, off_t offset,
 int flush_disk(const char*, int, fuse_file_info*) { return -journal().Flush(); }
 
 // One thread serves: the journal's order is the disk's.
-int serve(Journal* journal, char* folder) {
+int serve(Server* server, char* folder) {
   fuse_operations operations = {};
   operations.init = say_ready;
   operations.getattr = look;
@@ -82,7 +106,7 @@ int serve(Journal* journal, char* folder) {
   char words[][16] = {"power_disk", "-f", "-s"};
   char* arguments[] = {words[0], words[1], words[2], folder, nullptr};
   const int count = static_cast<int>(std::size(arguments)) - 1;
-  return fuse_main(count, arguments, &operations, journal);
+  return fuse_main(count, arguments, &operations, server);
 }
 
 }  // namespace
@@ -96,6 +120,6 @@ int main(int argc, char** argv) {
   // Memory that is freed by writing to this disk is nothing to wait for here.
   // Where that can't be said, it works without until memory is short.
   prctl(PR_SET_IO_FLUSHER, 1, 0, 0, 0);
-  corvane_test::Journal journal(argv[1], argv[2]);
-  return corvane_test::serve(&journal, argv[3]);
+  corvane_test::Server server = {{argv[1], argv[2]}, argv[3]};
+  return corvane_test::serve(&server, argv[3]);
 }
