@@ -108,7 +108,8 @@ class Judge:
                      for data in self._files().values()), default=0)
         kept = len([end for end in frame_ends(take.bytes) if end <= found])
         lost = fed - AAC_FRAME * max(kept - 1, 0)
-        bound = ((self.flush_every + take.longest_flush_s()) * RATE +
+        bound = ((self.flush_every + take.longest_flush_s() +
+                  take.machine_late_s) * RATE +
                  take.in_codec_at_flush(moment_ns) + APPEND)
         verdict.lost_s = lost / RATE
         verdict.bound_s = bound / RATE

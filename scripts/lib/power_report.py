@@ -45,13 +45,14 @@ def row(tally, recording, journal):
             f"{statistics.median(losses):8.3f} {max(losses):8.3f} "
             f"{tally.bound():8.3f} {len(take.flushes):8} "
             f"{statistics.median(took):7.1f} {max(took):8.1f} "
+            f"{take.machine_late_s * 1000:7.1f} "
             f"{written / len(take.bytes):9.1f}")
 
 
 HEAD = ("file            cuts in   seconds lost              syncs "
-        "         ms each   written/\n"
+        "         ms each machine  written/\n"
         "system  cuts the take   median     most    bound          "
-        " median  longest   capture")
+        " median  longest late ms   capture")
 
 
 def report(tallies):

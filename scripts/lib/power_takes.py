@@ -10,6 +10,8 @@ import dataclasses
 import signal
 import struct
 import subprocess
+import threading
+import time
 
 import power_disk
 from speech import FRAME_BYTES, RATE, speech
@@ -31,6 +33,7 @@ class Take:
     reads: list = dataclasses.field(default_factory=list)  # (when, frames)
     flushes: list = dataclasses.field(default_factory=list)
     bytes: bytes = b""  # all that was ever in its file
+    machine_late_s: float = 0.0  # the longest that a bystander woke up late
 
     def fed(self, moment_ns):
         """Handed over by then."""
@@ -91,6 +94,34 @@ class Recording:
         return begun[-1], behind[0] if behind else None
 
 
+class Bystander(threading.Thread):
+    """Wakes up a hundred times a second, and knows by how much too late: what
+    a busy machine does to those who wait for their time.
+    """
+
+    TICK_S = 0.01
+
+    def __init__(self):
+        super().__init__()
+        self.enough = threading.Event()
+        self.late_s = 0.0
+
+    def run(self):
+        begun = time.monotonic()
+        while not self.enough.wait(self.TICK_S):
+            now = time.monotonic()
+            self.late_s = max(self.late_s, now - begun - self.TICK_S)
+            begun = now
+
+    def __enter__(self):
+        self.start()
+        return self
+
+    def __exit__(self, *_):
+        self.enough.set()
+        self.join()
+
+
 class Recorder:
     """Runs the program, with a witness beside it."""
 
@@ -116,7 +147,9 @@ class Recorder:
                 stdin=pcm, stdout=subprocess.PIPE, stderr=subprocess.PIPE,
                 env={"LD_PRELOAD": self.witness,
                      "CORVANE_WITNESS": self.notes})
-            self._end(child, killed_after)
+            with Bystander() as bystander:
+                self._end(child, killed_after)
+            take.machine_late_s = bystander.late_s
         take.ended_ns = power_disk.monotonic_ns()
         take.stopped = killed_after is None
         self._read_notes(take)
