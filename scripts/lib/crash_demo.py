@@ -10,18 +10,16 @@ All amounts of audio are sample frames unless a name says otherwise.
 
 import argparse
 import json
-import pathlib
 import random
 import shutil
 import subprocess
 import sys
 import time
-import wave
 
 import crash_picture
-from crash_recorders import (FOLDER, FRAME_BYTES, RATE, TAKE, Recorder,
-                             Segment, corvane, ffmpeg, ffmpeg_file, kept_in,
-                             whole_frames)
+from crash_recorders import (FOLDER, TAKE, Recorder, Segment, corvane, ffmpeg,
+                             ffmpeg_file, kept_in, whole_frames)
+from speech import FRAME_BYTES, RATE, speech
 
 PIECE = RATE // 100  # what the feeder writes at once: 10 ms
 TAKE_SECONDS = 100
@@ -29,17 +27,6 @@ KILLS = 12
 LEAST_GAP_SECONDS = 2.0
 TOO_LATE_SECONDS = 0.1
 PICTURE = FOLDER / "crash-demo.png"
-SAMPLES = pathlib.Path("/usr/share/sounds/alsa")
-
-
-def speech():
-    """The voices of alsa-utils, one after another, for the whole take."""
-    voices = b""
-    for path in sorted(SAMPLES.glob("*_*.wav")):
-        with wave.open(str(path)) as sample:
-            voices += sample.readframes(sample.getnframes())
-    wanted = TAKE_SECONDS * RATE * FRAME_BYTES
-    return (voices * (wanted // len(voices) + 1))[:wanted]
 
 
 def kill_moments(chance):
@@ -217,7 +204,7 @@ def main():
     seed = seed_from_arguments()
     shutil.rmtree(FOLDER, ignore_errors=True)
     FOLDER.mkdir(parents=True)
-    pcm = speech()
+    pcm = speech(TAKE_SECONDS)
     (FOLDER / "speech.raw").write_bytes(pcm)
     moments = kill_moments(random.Random(seed))
     started = time.monotonic()

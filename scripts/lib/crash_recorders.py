@@ -10,8 +10,8 @@ import subprocess
 import sys
 import termios
 
-RATE = 48000
-FRAME_BYTES = 2  # mono, 16 bits
+from speech import FRAME_BYTES, RATE
+
 AAC_FRAME = 1024
 PIPE_BYTES = 1 << 20  # the feeder never waits for a recorder that starts
 FOLDER = pathlib.Path("build/crash-demo")

@@ -96,7 +96,9 @@ class Judge:
             rule = STOPPED if take.ended_ns <= moment_ns else FLUSHED
             if promised:
                 verdict.ask(rule, holds(take, moment_ns, here),
-                            f"{promised} bytes were promised: {sizes(files)}")
+                            f"{promised} bytes were promised, the first "
+                            f"{same_front(here[0], take.bytes)} are there: "
+                            f"{sizes(files)}")
 
     def _look_at_loss(self, moment_ns, verdict):
         take = self.recording.long
@@ -108,7 +110,7 @@ class Judge:
                      for data in self._files().values()), default=0)
         kept = len([end for end in frame_ends(take.bytes) if end <= found])
         lost = fed - AAC_FRAME * max(kept - 1, 0)
-        bound = ((self.flush_every + take.longest_flush_s() +
+        bound = ((self.flush_every + take.longest_flush_s +
                   take.machine_late_s) * RATE +
                  take.in_codec_at_flush(moment_ns) + APPEND)
         verdict.lost_s = lost / RATE

@@ -46,7 +46,9 @@ def arguments():
                         default=pathlib.Path("build/power"),
                         help=argparse.SUPPRESS)
     parser.add_argument(INSIDE, action="store_true", help=argparse.SUPPRESS)
-    return parser.parse_args()
+    options = parser.parse_args()
+    options.build = options.build.resolve()
+    return options
 
 
 def why_impossible():
@@ -148,10 +150,7 @@ def main():
     options = arguments()
     reason = why_impossible()
     if reason:
-        # As GoogleTest says it: the summary shows the line behind.
-        print(f"scripts/power-cut: Skipped\nno power was cut: {reason}")
-        power_report.write_results([], reason)
-        return 0
+        return power_report.skip(reason)
     if not options.inside:
         return go_inside()
     # A Ctrl-C is for the process outside, which takes all of this down.
@@ -168,10 +167,11 @@ def main():
             done = cut_power(kind, options, work)
         print(power_report.row(*done), flush=True)
         tallies.append(done[0])
+    if not tallies:
+        return power_report.skip(reason)
     power_report.report(tallies)
     power_report.write_results(tallies, "")
-    held = tallies and not any(tally.broken for tally in tallies)
-    return 0 if held else 1
+    return 1 if any(tally.broken for tally in tallies) else 0
 
 
 if __name__ == "__main__":

@@ -7,6 +7,7 @@ all amounts of audio sample frames unless a name says otherwise.
 """
 
 import dataclasses
+import json
 import signal
 import struct
 import subprocess
@@ -33,6 +34,7 @@ class Take:
     reads: list = dataclasses.field(default_factory=list)  # (when, frames)
     flushes: list = dataclasses.field(default_factory=list)
     bytes: bytes = b""  # all that was ever in its file
+    longest_flush_s: float = 0.0  # from the call to its answer, as it says
     machine_late_s: float = 0.0  # the longest that a bystander woke up late
 
     def fed(self, moment_ns):
@@ -54,10 +56,6 @@ class Take:
         begun_ns = max((flush.begin_ns for flush in self.flushes
                         if flush.end_ns <= moment_ns), default=self.began_ns)
         return 2 * AAC_FRAME + self.fed(begun_ns) % AAC_FRAME
-
-    def longest_flush_s(self):
-        return max((flush.end_ns - flush.begin_ns for flush in self.flushes),
-                   default=0) / 1e9
 
 
 @dataclasses.dataclass(frozen=True)
@@ -148,7 +146,9 @@ class Recorder:
                 env={"LD_PRELOAD": self.witness,
                      "CORVANE_WITNESS": self.notes})
             with Bystander() as bystander:
-                self._end(child, killed_after)
+                figures = self._end(child, killed_after)
+            # It says whole milliseconds, rounded down.
+            take.longest_flush_s = (figures["longestFlushMs"] + 1) / 1000
             take.machine_late_s = bystander.late_s
         take.ended_ns = power_disk.monotonic_ns()
         take.stopped = killed_after is None
@@ -157,15 +157,17 @@ class Recorder:
 
     @staticmethod
     def _end(child, killed_after):
+        """The figures that it ends with; those of none if it is killed."""
         try:
-            _, messages = child.communicate(timeout=killed_after)
+            output, messages = child.communicate(timeout=killed_after)
         except subprocess.TimeoutExpired:
             child.kill()
-            _, messages = child.communicate()
+            output, messages = child.communicate()
         expected = 0 if killed_after is None else -signal.SIGKILL
         if child.returncode != expected:
             raise SystemExit(f"the recorder ended as {child.returncode}: "
                              f"{messages.decode()}")
+        return json.loads(output or '{"longestFlushMs": 0}')
 
     def _read_notes(self, take):
         for line in self.notes.read_text().splitlines():

@@ -7,9 +7,9 @@
 //
 //   read    bytes that standard input gave
 //   fsync   bytes that the file had when the call began
-//   rename  0
 //
-// if they succeeded. Reads of other descriptors are left out.
+// if they succeeded. Reads of other descriptors and syncs of folders are left
+// out.
 #include <dlfcn.h>
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -64,9 +64,10 @@ const Notes& notes() {
   return notes;
 }
 
+// Below 0 for what is no ordinary file, as a folder.
 int64_t size_of(int fd) {
   struct stat file = {};
-  return fstat(fd, &file) == 0 ? file.st_size : -1;
+  return fstat(fd, &file) == 0 && S_ISREG(file.st_mode) ? file.st_size : -1;
 }
 
 }  // namespace
@@ -93,18 +94,7 @@ int fsync(int fd) {
   const uint64_t begin_ns = now_ns();
   const int result = call(fd);
   const int errnum = errno;
-  if (result == 0) notes().Add("fsync", begin_ns, size);
-  errno = errnum;
-  return result;
-}
-
-int rename(const char* from, const char* to) {
-  static const auto call =
-      corvane_test::system_call<decltype(rename)>("rename");
-  const uint64_t begin_ns = now_ns();
-  const int result = call(from, to);
-  const int errnum = errno;
-  if (result == 0) notes().Add("rename", begin_ns, 0);
+  if (result == 0 && size >= 0) notes().Add("fsync", begin_ns, size);
   errno = errnum;
   return result;
 }
