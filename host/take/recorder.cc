@@ -125,6 +125,7 @@ void Recorder::Seal() {
 
 std::string Recorder::SaveElsewhere() {
   if (!lock_->IsRemoved()) return lock_->CurrentName();
+  result_.was_removed = true;
   ending_.Come(TakeEnd::kRemoved);
   const Rescue rescue = rescue_removed(lock_->fd(), absolute_path_);
   result_.loss = rescue.error;

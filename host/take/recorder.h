@@ -44,7 +44,8 @@ struct TakeResult {
   FlushFigures flushes;
   std::optional<CaptureHolder> holder;  // why it was not begun, or given up
   std::optional<PluginError> error;     // the plugin's first
-  // Where the capture went while it was written; empty: it stayed.
+  bool was_removed = false;             // while it was written
+  // Where the capture is if it didn't stay at its path: it was moved, or saved.
   std::string moved_to;
   std::string loss;  // why a removed capture could not be saved, as a clause
   std::optional<SealedCapture> sealed;

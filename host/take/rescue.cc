@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <glib.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <array>
@@ -90,6 +91,10 @@ fs::path nearest_folder(const fs::path& capture) {
 }  // namespace
 
 Rescue rescue_removed(int fd, const std::string& capture_path) {
+  struct stat file = {};
+  if (fstat(fd, &file) == 0 && file.st_size == 0) {
+    return {"", "nothing had been written yet"};
+  }
   const fs::path capture(capture_path);
   std::string path;
   std::string error;

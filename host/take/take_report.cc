@@ -19,7 +19,7 @@ constexpr int64_t kMostExtraFrames = 8;
 constexpr int64_t kSamplesPerFrame = 1024;
 
 const char* ended_by(const AudioSource& source, const TakeResult& take) {
-  if (take.end == TakeEnd::kRemoved) return "removed";
+  if (take.was_removed) return "removed";
   if (take.error || !source.error().empty()) return "error";
   return take.end == TakeEnd::kSignal ? "signal" : "input";
 }
@@ -127,7 +127,9 @@ void report_failure(const TakeOptions& options, const AudioSource& source,
   console->Complain(subject + ": " + error.message +
                     (says_way_out ? "; " + advice : ""));
   tell_in_full(error, console);
-  if (take.started && !take.sealed && error.code != "VERIFY_FAILED") {
+  const bool is_elsewhere = !take.moved_to.empty() || !take.loss.empty();
+  if (take.started && !take.sealed && !is_elsewhere &&
+      error.code != "VERIFY_FAILED") {
     console->Complain(what_is_left(options.capture_path));
   }
 }
@@ -156,7 +158,7 @@ std::string whereabouts(const TakeOptions& options, const TakeResult& take) {
   }
   if (take.moved_to.empty()) return "";
   return path +
-         (take.end == TakeEnd::kRemoved
+         (take.was_removed
               ? ": it was removed while it was written; what was recorded is "
                 "saved in "
               : ": it was moved while it was written; the take is in ") +

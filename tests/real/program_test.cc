@@ -1,4 +1,5 @@
 // What the `corvane` program tells its user when the system fails under it.
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -29,7 +30,7 @@ class RealProgramTest : public DiskTest {
   }
 
   static void ExpectSaid(const ChildResult& run, const std::string& sentence) {
-    EXPECT_NE(run.err.find("corvane: " + sentence + "\n"), std::string::npos)
+    EXPECT_NE(run.err.find("corvane: " + sentence), std::string::npos)
         << "expected: " << sentence << "\nactual:\n"
         << run.err;
   }
@@ -44,6 +45,22 @@ class RealProgramTest : public DiskTest {
         setup);
     child->Write(Noise(4 * kFrameSamples));
     child->AwaitError("AAC encoder aac started");
+    return child;
+  }
+
+  // One whose first second is in the file, on a disk without any more room.
+  std::unique_ptr<Child> RecordingOnAFullDisk() {
+    ChildSetup setup;
+    setup.input_is_pipe = true;
+    setup.terminal_columns = 80;
+    setup.environment["HOME"] = Path("home");
+    auto child = std::make_unique<Child>(
+        std::vector<std::string>{CORVANE_PROGRAM, "record", path_, "-i", "-",
+                                 "-r", "48000", "-c", "1"},
+        setup);
+    child->Write(Noise(48000));
+    child->AwaitError("0:01");
+    disk().Fill("filler");
     return child;
   }
 
@@ -75,6 +92,38 @@ TEST_F(RealProgramTest, ADiskWithoutAnyRoomLeavesATakeWithoutAudio) {
   ExpectSaid(run, path_ + kNoSpace + "; " + kFreeSome);
   ExpectSaid(run, path_ + " holds no audio: not one frame could be written");
   EXPECT_EQ(run.err.find("keeps what was recorded"), std::string::npos);
+  EXPECT_EQ(run.out, "");
+}
+
+// Beside the removed take there is no room for a copy of it.
+TEST_F(RealProgramTest, ARemovedTakeOnAFullDiskIsSavedInTheHomeFolder) {
+  ASSERT_EQ(mkdir(Path("home").c_str(), 0755), 0);
+  const auto child = RecordingOnAFullDisk();
+  ASSERT_EQ(unlink(path_.c_str()), 0);
+  child->CloseInput();
+  const ChildResult run = child->Wait();
+  EXPECT_EQ(run.status, 1);
+  const std::string saved = Path("home/take.rescued.aac");
+  ExpectSaid(run, path_ +
+                      ": it was removed while it was written; what was "
+                      "recorded is saved in " +
+                      saved);
+  EXPECT_GE(SplitFrames(ReadFile(saved)).size(), 45U);
+  EXPECT_FALSE(Exists(OnDisk("take.rescued.aac")));
+}
+
+TEST_F(RealProgramTest, ARemovedTakeThatFitsNowhereIsSaidToBeLost) {
+  const auto child = RecordingOnAFullDisk();
+  ASSERT_EQ(unlink(path_.c_str()), 0);
+  child->CloseInput();
+  const ChildResult run = child->Wait();
+  EXPECT_EQ(run.status, 1);
+  ExpectSaid(run,
+             path_ +
+                 ": it was removed while it was written, and what was "
+                 "recorded could not be saved: " +
+                 OnDisk("take.rescued.aac") + ": No space left on device, " +
+                 Path("home/take.rescued.aac") + ": No such file or directory");
   EXPECT_EQ(run.out, "");
 }
 

@@ -1,0 +1,72 @@
+// What stands below the options in each command's help, in 80 columns. Its
+// examples are run by the tests.
+#ifndef CORVANE_HOST_COMMANDS_HELP_TEXTS_H_
+#define CORVANE_HOST_COMMANDS_HELP_TEXTS_H_
+
+namespace corvane {
+
+constexpr char kExamples[] =
+    R"(Examples:
+
+  corvane record -i speech.wav take.aac
+  arecord -t raw -f S16_LE -r 48000 | corvane record -i - -r 48000 -c 1 take.aac
+  corvane resume -i rest.wav take.aac
+  corvane finalize take.aac
+  corvane repair-wav take.wav
+
+corvane COMMAND --help tells more, the manual page corvane(1) all.
+)";
+
+constexpr char kRecordNotes[] =
+    R"(Files are what libsndfile reads (WAV, FLAC, Ogg, MP3...); rate and channels
+come from the file. Raw audio is interleaved s16le and needs -r and -c:
+
+  corvane record -i speech.wav take.aac
+  arecord -t raw -f S16_LE -r 48000 | corvane record -i - -r 48000 -c 1 take.aac
+
+Ctrl-C (SIGINT), SIGTERM and SIGHUP end the take and seal it. The figures come
+as JSON on standard output, all else on standard error. Exit status: 0 done, 1
+failed, 2 wrong usage.
+)";
+
+constexpr char kResumeNotes[] =
+    R"(The audio goes behind the capture's last whole frame; a frame that was torn
+is cut off first, and nothing else is changed. What doesn't look like a capture
+is left alone; --force goes on in it all the same. Input is as for record:
+
+  corvane resume -i rest.wav take.aac
+  arecord -t raw -f S16_LE -r 48000 | corvane resume -i - take.aac
+
+The figures of the whole capture come as JSON on standard output, all else on
+standard error. Exit status: 0 done, 1 failed, 2 wrong usage.
+)";
+
+constexpr char kFinalizeNotes[] =
+    R"(Cuts off a frame that was torn, makes the file durable, and verifies that it
+holds audio; nothing else in it is changed. A capture plays without this too.
+What doesn't look like a capture is left alone; --force seals it all the same.
+
+  corvane finalize take.aac
+  corvane finalize *.aac
+
+The figures come as JSON on standard output, a line for each file, all else on
+standard error. Of several files a failed one doesn't hold up the others. Exit
+status: 0 done, 1 failed, 2 wrong usage.
+)";
+
+constexpr char kRepairWavNotes[] =
+    R"(For 16-bit PCM whose recorder died before it wrote the sizes: the header, 44
+bytes, is written anew from the file's size, and the audio is not touched. What
+that would damage is refused: other kinds of file, longer headers, other
+samples.
+
+  corvane repair-wav take.wav
+  corvane repair-wav take.wav -r 48000 -c 1     when the header lost those too
+
+The result, with the old header in it, comes as JSON on standard output, all
+else on standard error. Exit status: 0 done, 1 failed or refused, 2 wrong usage.
+)";
+
+}  // namespace corvane
+
+#endif  // CORVANE_HOST_COMMANDS_HELP_TEXTS_H_
