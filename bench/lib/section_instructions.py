@@ -10,7 +10,7 @@ from takes import target
 
 TITLE = "Where the instructions go"
 SECONDS = 20
-MOST_RATIO = 1.02
+MOST_RATIO = 1.005
 MOST_SHARE = 0.01
 OUR_NAME = "corvane"
 # What works for us alone, or nearly.

@@ -3,6 +3,8 @@
 What is measured of a recorder is kept under its name:
   cpu_s, wall_s, max_rss_kib  median, least and most of the rounds
   cpu_ratio, above_kib        of the medians, against the bare loop
+  ffmpeg_ratio                the CPU of each round to ffmpeg's in it, where
+                              there is one: median, least and most
   frames, bytes               of its file
   is_identical                whether that is the bare loop's to the byte
 """
@@ -13,6 +15,7 @@ from crash_recorders import whole_frames
 from measure import Failed, measure_success, median_and_range, rotated
 
 MIB = 1024  # in KiB
+RIVAL = "ffmpeg"  # at its default
 
 
 def target(bench, name):
@@ -53,12 +56,20 @@ def summarised(costs, files, bench):
         **figures(costs[name]),
         "cpu_ratio": (figures(costs[name])["cpu_s"]["median"]
                       / limit["cpu_s"]["median"]),
+        "ffmpeg_ratio": paired_ratio(costs, name),
         "above_kib": (figures(costs[name])["max_rss_kib"]["median"]
                       - limit["max_rss_kib"]["median"]),
         "frames": whole_frames(target(bench, name)),
         "bytes": target(bench, name).stat().st_size,
         "is_identical": files[name] == files[LIMIT],
     } for name in costs}
+
+
+def paired_ratio(costs, name):
+    if RIVAL not in costs:
+        return None
+    return median_and_range([ours.cpu_s / theirs.cpu_s for ours, theirs
+                             in zip(costs[name], costs[RIVAL])])
 
 
 def figures(costs):
@@ -91,9 +102,9 @@ def file_text(name, row, limit):
 
 def take_table(result, unit, scale, digits):
     """`scale` turns seconds into `unit`, told to so many `digits`."""
-    rows = [f"| recorder | CPU, {unit} | from, to | ratio | wall, {unit} "
-            "| MiB | above | file |",
-            "|:--|--:|:-:|--:|--:|--:|--:|:--|"]
+    rows = [f"| recorder | CPU, {unit} | from, to | ratio | to ffmpeg "
+            f"| from, to | wall, {unit} | MiB | above | file |",
+            "|:--|--:|:-:|--:|--:|:-:|--:|--:|--:|:--|"]
     limit = result["recorders"][LIMIT]
     for name, row in result["recorders"].items():
         cpu, wall = ({key: f"{value * scale:.{digits}f}"
@@ -101,11 +112,20 @@ def take_table(result, unit, scale, digits):
                      for field in ("cpu_s", "wall_s"))
         rows.append(
             f"| {name} | {cpu['median']} | {cpu['least']}, {cpu['most']} "
-            f"| {row['cpu_ratio']:.3f} | {wall['median']} "
+            f"| {row['cpu_ratio']:.3f} | {paired_text(row)} "
+            f"| {wall['median']} "
             f"| {row['max_rss_kib']['median'] / MIB:.1f} "
             f"| {row['above_kib'] / MIB:.1f} "
             f"| {file_text(name, row, limit)} |")
     return "\n".join(rows)
+
+
+def paired_text(row):
+    paired = row["ffmpeg_ratio"]
+    if paired is None:
+        return "- | -"
+    return (f"{paired['median']:.3f} "
+            f"| {paired['least']:.3f}, {paired['most']:.3f}")
 
 
 def take_commands(result):

@@ -115,6 +115,15 @@ std::string what_is_left(const std::string& path) {
   return path + " keeps what was recorded until then, but could not be sealed";
 }
 
+// The kernel tells of pages that it could not write once, and of the next sync
+// that all is well.
+std::string doubt_of(const PluginError& error) {
+  return error.message.rfind("flush failed", 0) == 0
+             ? "; what lies behind the last flush that succeeded may not be on "
+               "the disk"
+             : "";
+}
+
 // What the plugin's error means. The way out of a sealed take's goes to the
 // sentence that says how to go on.
 void report_failure(const TakeOptions& options, const AudioSource& source,
@@ -124,7 +133,7 @@ void report_failure(const TakeOptions& options, const AudioSource& source,
   const std::string subject =
       error.code == "UNSUPPORTED_FORMAT" ? source.name() : options.capture_path;
   const bool says_way_out = !take.sealed && !advice.empty();
-  console->Complain(subject + ": " + error.message +
+  console->Complain(subject + ": " + error.message + doubt_of(error) +
                     (says_way_out ? "; " + advice : ""));
   tell_in_full(error, console);
   const bool is_elsewhere = !take.moved_to.empty() || !take.loss.empty();

@@ -4,7 +4,9 @@
 
 #include <atomic>
 #include <condition_variable>
+#include <future>
 #include <mutex>
+#include <optional>
 
 #include "faults/faults_fixture.h"
 #include "support/adts_frames.h"
@@ -149,6 +151,45 @@ TEST_F(RecorderFlushTest, AFlushThatFailsOnceEndsTheTakeSealed) {
   ASSERT_TRUE(take.sealed);
   EXPECT_EQ(take.sealed->bytes, FileSize(take_));
   EXPECT_GT(SplitFrames(ReadFile(take_)).size(), 0U);
+}
+
+TEST_F(RecorderFlushTest, TheSourcesEndDuringAFlushSealsTheTake) {
+  LiveSource source(Noise(48000));
+  const Fault slow_disk(On("fsync").Path(take_).Nth(1).Before(
+      [&](PluginCall&) { source.AwaitMore(2 * kBytesPerSecond); }));
+  const corvane::TakeResult take = Record(take_, &source, 1);
+  EXPECT_FALSE(take.error);
+  EXPECT_EQ(take.end, corvane::TakeEnd::kInput);
+  EXPECT_EQ(take.frames, 48000);
+  EXPECT_EQ(take.flushes.count, 1);
+  EXPECT_EQ(SplitFrames(ReadFile(take_)).size(), 48U);
+}
+
+TEST_F(RecorderFlushTest, AStopDuringAFlushSealsTheTake) {
+  LiveSource source(Noise(60 * 48000));
+  source.PlayUpTo(kBytesPerSecond);
+  corvane::TakeOptions options;
+  options.capture_path = take_;
+  options.feed.chunk_ms = 20;
+  options.flush_every_us = 1;
+  corvane::Engine engine;
+  corvane::CaptureLock lock;
+  corvane::Recorder recorder(&engine, &source, options, &lock, nullptr);
+  std::promise<void> stopped;
+  const auto stop = [&] {
+    recorder.Stop(corvane::TakeEnd::kSignal);
+    stopped.set_value();
+  };
+  std::optional<corvane::LoopEvent> signal;
+  const Fault disk(On("fsync").Path(take_).Nth(1).Before([&](PluginCall&) {
+    signal.emplace(corvane::LoopEvent::At(0, stop));
+    stopped.get_future().wait();
+  }));
+  const corvane::TakeResult take = recorder.Run();
+  EXPECT_FALSE(take.error);
+  EXPECT_EQ(take.end, corvane::TakeEnd::kSignal);
+  ASSERT_TRUE(take.sealed);
+  EXPECT_EQ(take.sealed->bytes, FileSize(take_));
 }
 
 }  // namespace
