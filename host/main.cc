@@ -77,5 +77,7 @@ int main(int argc, char** argv) {
   auto* const console = new corvane::Console(STDERR_FILENO);
   auto* const log = new corvane::LogOutput(console);
   log->TakeOverGlib();
-  return run(argc, argv, console, log);
+  const int status = run(argc, argv, console, log);
+  console->Flush();
+  return status;
 }

@@ -16,7 +16,8 @@ import time
 import machine
 from measure import FOLDER, Bench, Failed
 
-SECTIONS = ("take", "instructions", "startup", "duration", "kills", "growth")
+SECTIONS = ("take", "instructions", "startup", "duration", "cold", "kills",
+            "growth")
 RESULT = FOLDER / "compare.json"
 TABLES = FOLDER / "tables.md"
 

@@ -1,6 +1,7 @@
 #include "commands/record_command.h"
 
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <string>
 
@@ -10,6 +11,13 @@
 namespace corvane {
 namespace {
 
+// Standard output, as where a shell sends it to the capture itself.
+bool is_result(const struct stat& file) {
+  struct stat output = {};
+  return fstat(STDOUT_FILENO, &output) == 0 && output.st_dev == file.st_dev &&
+         output.st_ino == file.st_ino;
+}
+
 // Why there can be no capture at `path`; empty if there can. A folder would be
 // moved aside like audio, and a pipe nobody reads holds up even the last write.
 std::string objection_to(const std::string& path) {
@@ -18,6 +26,9 @@ std::string objection_to(const std::string& path) {
   if (S_ISDIR(file.st_mode)) return " is a folder; name a file in it";
   if (S_ISFIFO(file.st_mode))
     return " is a pipe, which keeps nothing; name a file";
+  if (!S_ISREG(file.st_mode))
+    return " is a device or a socket, which keeps nothing; name a file";
+  if (is_result(file)) return " is where the result goes; name another file";
   return "";
 }
 

@@ -24,6 +24,10 @@ constexpr int kMostChunks = 1000;
 // chunks.
 constexpr int64_t kShortestLoss = 4096;
 
+// What writers name that don't know the length yet; 2 GiB is more than most of
+// them would write.
+constexpr int64_t kLeastOpenSize = 0x7FFF0000;
+
 struct Audio {
   int64_t begin = 0;  // offset in the file
   int64_t named = 0;  // bytes, by its chunk's header
@@ -86,6 +90,19 @@ std::string objection_to_dead_wav(const std::string& path) {
          counted(held, "byte") +
          " of audio in it, as when its recorder died; " +
          way_to_repair(path, file);
+}
+
+std::string shortage_of_wav(const std::string& path) {
+  const RegularFile file(path);
+  if (!file.error().empty()) return "";
+  if (kind_of(file.Read(0, kWavHeaderSize)) != kKindWav) return "";
+  const std::optional<Audio> audio = find_audio(file);
+  if (!audio || audio->named >= kLeastOpenSize) return "";
+  const int64_t held = file.size() - audio->begin;
+  if (audio->named <= held) return "";
+  return "of the " + counted(audio->named, "byte") +
+         " of audio that its header names, " + std::to_string(held) +
+         " are there: it was cut short, or is still being written";
 }
 
 }  // namespace corvane

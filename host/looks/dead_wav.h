@@ -11,6 +11,11 @@ namespace corvane {
 // too, and one whose header names more audio than there is.
 std::string objection_to_dead_wav(const std::string& path);
 
+// That the header of the WAV file at `path` names audio that isn't in it, as a
+// clause: it was cut short, or is still being written. Empty for any other
+// file, and for sizes that a writer gives that doesn't know them yet.
+std::string shortage_of_wav(const std::string& path);
+
 }  // namespace corvane
 
 #endif  // CORVANE_HOST_LOOKS_DEAD_WAV_H_

@@ -4,6 +4,7 @@
 #include <poll.h>
 
 #include <algorithm>
+#include <utility>
 
 namespace corvane {
 namespace {
@@ -64,8 +65,11 @@ Feeder::Feeder(Engine* engine, AudioSource* source, const FeedOptions& options,
 }
 
 bool Feeder::AwaitAudio() {
-  WaitForInput();
-  if (!ending_->has_come()) ReadChunk();
+  const size_t bytes_per_frame = source_->format().bytes_per_frame();
+  while (!ending_->has_come() && filled_ < bytes_per_frame) {
+    WaitForInput();
+    if (!ending_->has_come()) ReadChunk();
+  }
   return !ending_->has_come();
 }
 
@@ -110,12 +114,14 @@ void Feeder::WaitForInput() {
 }
 
 void Feeder::ReadChunk() {
-  filled_ = source_->Read(chunk_.data(), chunk_.size());
-  if (filled_ == 0) ending_->Come(TakeEnd::kInput);
+  const size_t got =
+      source_->Read(chunk_.data() + filled_, chunk_.size() - filled_);
+  filled_ += got;
+  if (got == 0) ending_->Come(TakeEnd::kInput);
 }
 
 void Feeder::AppendChunk() {
-  const size_t size = filled_;
+  const size_t size = std::exchange(filled_, 0);
   g_autoptr(FlValue) pcm = fl_value_new_uint8_list(chunk_.data(), size);
   sent_bytes_ += static_cast<int64_t>(size);
   unanswered_ += cost_of(size);

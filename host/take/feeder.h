@@ -38,7 +38,8 @@ class Feeder {
   Feeder(Engine* engine, AudioSource* source, const FeedOptions& options,
          Ending* ending, FlushClock* flushes, Progress* progress);
 
-  // Waits for the first audio and keeps it; false when the take is over first.
+  // Waits for the first sample frame and keeps it; false when the take is over
+  // first.
   bool AwaitAudio();
 
   // Appends what comes until the take is over. At the source's end it is.

@@ -39,10 +39,18 @@ class StopSignals {
   }
   StopSignals(const StopSignals&) = delete;
   StopSignals& operator=(const StopSignals&) = delete;
+  // One that comes again while the result is told must not keep it back.
   ~StopSignals() {
+    sigset_t stop_signals = {};
+    sigset_t before = {};
+    sigemptyset(&stop_signals);
+    for (const int signal : kStopSignals) sigaddset(&stop_signals, signal);
+    pthread_sigmask(SIG_BLOCK, &stop_signals, &before);
     for (const guint id : ids_) {
       if (id != 0) g_source_remove(id);
     }
+    for (const int signal : kStopSignals) std::signal(signal, SIG_IGN);
+    pthread_sigmask(SIG_SETMASK, &before, nullptr);
   }
 
  private:

@@ -2,6 +2,8 @@
 
 #include <unistd.h>
 
+#include <cmath>
+
 #include "looks/dead_wav.h"
 #include "terminal/exit_status.h"
 #include "terminal/way_out.h"
@@ -51,7 +53,13 @@ std::unique_ptr<AudioSource> open_source(const TakeArguments& arguments,
     error = contradiction(arguments, source->format());
     *status = kExitUsage;
   }
-  if (error.empty()) return source;
+  if (error.empty()) {
+    error = shortage_of_wav(arguments.input);
+    if (!error.empty()) {
+      console->Complain(arguments.input + ": warning: " + error);
+    }
+    return source;
+  }
   console->Complain(arguments.input + ": " + error);
   return nullptr;
 }
@@ -71,7 +79,7 @@ std::string objection_to_use(const TakeArguments& arguments,
   const int64_t bit_rate = bit_rate_of(arguments, format.channels);
   if (bit_rate >= kLeastBitRate * format.channels) return "";
   std::string question;
-  if (bit_rate * 1000 >= kLeastBitRate * format.channels) {
+  if (bit_rate < 1000 && bit_rate * 1000 >= kLeastBitRate * format.channels) {
     question = "; was " + std::to_string(bit_rate * 1000) + " meant (-b " +
                std::to_string(bit_rate) + "k)?";
   }
@@ -94,7 +102,9 @@ TakeOptions take_options_of(const TakeArguments& arguments,
   options.capture_path = arguments.output;
   options.bit_rate = bit_rate_of(arguments, format.channels);
   options.feed = {arguments.chunk_ms, arguments.realtime};
-  options.flush_every_us = static_cast<int64_t>(arguments.flush_every_s * 1e6);
+  // Rounded up: only 0 means never.
+  options.flush_every_us =
+      static_cast<int64_t>(std::ceil(arguments.flush_every_s * 1e6));
   return options;
 }
 

@@ -1,6 +1,7 @@
 #include "terminal/console.h"
 
 #include <sys/ioctl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -17,6 +18,12 @@ constexpr char kEraseLine[] = "\r\x1b[K";
 bool moves_cursor(int fd) {
   const char* term = std::getenv("TERM");
   return isatty(fd) == 1 && term != nullptr && std::string(term) != "dumb";
+}
+
+// A file takes all that comes, or fails.
+bool may_block(int fd) {
+  struct stat file = {};
+  return fstat(fd, &file) == 0 && !S_ISREG(file.st_mode);
 }
 
 }  // namespace
@@ -37,7 +44,10 @@ std::string printable(std::string_view text) {
   return result;
 }
 
-Console::Console(int fd) : fd_(fd), has_live_line_(moves_cursor(fd)) {}
+Console::Console(int fd)
+    : fd_(fd),
+      writer_(may_block(fd) ? std::make_unique<PatientWriter>(fd) : nullptr),
+      has_live_line_(moves_cursor(fd)) {}
 
 int Console::Columns() const {
   winsize size = {};
@@ -58,10 +68,20 @@ void Console::Live(std::string text) {
   const std::lock_guard<std::mutex> lock(mutex_);
   if (text.empty() && live_.empty()) return;
   live_ = std::move(text);
+  // One that is old by the time it is read helps nobody, but it has to go.
+  if (writer_ != nullptr && writer_->is_behind() && !live_.empty()) return;
   Write(kEraseLine + live_);
 }
 
+void Console::Flush() {
+  if (writer_ != nullptr) writer_->Flush(std::chrono::seconds(1));
+}
+
 void Console::Write(std::string_view text) {
+  if (writer_ != nullptr) {
+    writer_->Write(text);
+    return;
+  }
   while (!text.empty()) {
     const ssize_t written = write(fd_, text.data(), text.size());
     if (written < 0 && errno == EINTR) continue;

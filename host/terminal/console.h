@@ -3,9 +3,12 @@
 #ifndef CORVANE_HOST_TERMINAL_CONSOLE_H_
 #define CORVANE_HOST_TERMINAL_CONSOLE_H_
 
+#include <memory>
 #include <mutex>
 #include <string>
 #include <string_view>
+
+#include "terminal/patient_writer.h"
 
 namespace corvane {
 
@@ -23,7 +26,7 @@ enum class Verbosity {
 class Console {
  public:
   // `fd` is borrowed. What cannot be written to it is lost silently: there is
-  // no place left to complain.
+  // no place left to complain. Nothing here waits for whoever reads it.
   explicit Console(int fd);
 
   // kNormal until it is set, which is before anything is written.
@@ -51,6 +54,9 @@ class Console {
     if (verbosity_ != Verbosity::kQuiet) Complain(sentence);
   }
 
+  // Waits for whoever reads, a second at most: for the end of the program.
+  void Flush();
+
   // Replaces the live line; empty takes it away. `text` must fit the width.
   void Live(std::string text);
 
@@ -58,6 +64,8 @@ class Console {
   void Write(std::string_view text);
 
   const int fd_;
+  // Where `fd` may block.
+  const std::unique_ptr<PatientWriter> writer_;
   const bool has_live_line_;
   Verbosity verbosity_ = Verbosity::kNormal;
   std::mutex mutex_;  // guards live_ and the order of what is written

@@ -128,5 +128,26 @@ TEST_F(DeadWavTest, TheProgramRefusesItAndLeavesTheTakeAlone) {
   EXPECT_EQ(Corvane({"resume", take, "-i", wav_}).status, 0);
 }
 
+TEST_F(DeadWavTest, AFileThatWasCutShortIsWarnedOf) {
+  MakeWav("in.wav", Sine(48000));
+  TruncateFile(Path("in.wav"), 44 + 48000);
+  const ChildResult run =
+      Corvane({"record", Path("take.aac"), "-i", Path("in.wav")});
+  EXPECT_EQ(run.status, 0);
+  EXPECT_EQ(Lines(run.err).front(),
+            "corvane: " + Path("in.wav") +
+                ": warning: of the 96000 bytes of audio that its header "
+                "names, 48000 are there: it was cut short, or is still being "
+                "written");
+}
+
+TEST_F(DeadWavTest, SizesOfAWriterThatDoesNotKnowThemAreNoWarning) {
+  Bytes wav = ReadFile(MakeWav("in.wav", Sine(48000)));
+  std::fill_n(wav.begin() + 40, 4, 0xFF);
+  WriteFile(Path("in.wav"), wav);
+  EXPECT_EQ(corvane::shortage_of_wav(Path("in.wav")), "");
+  EXPECT_EQ(corvane::shortage_of_wav(MakeWav("b.wav", Sine(48000))), "");
+}
+
 }  // namespace
 }  // namespace corvane_test

@@ -46,6 +46,14 @@ TEST_F(FirstAudioTest, ATakeThatWouldGoOnIsNoLongerTornForNothing) {
   EXPECT_EQ(ReadFile(take_), torn);
 }
 
+// Half a sample is no audio yet.
+TEST_F(FirstAudioTest, AByteMovesNoOlderTake) {
+  WriteFile(take_, {1, 2, 3});
+  ShouldFail(CorvaneFed({'x'}, record_),
+             "standard input: no audio came; " + take_ + " is as it was");
+  EXPECT_EQ(Folder(), Words{"take.aac"});
+}
+
 TEST_F(FirstAudioTest, AnAudioFileWithoutSoundIsNoTake) {
   const std::string wav = MakeWav("in.wav", {});
   ShouldFail(Corvane({"record", take_, "-i", wav}),

@@ -171,18 +171,21 @@ TEST_F(RecordFailureTest, QuietLeavesTheErrorsAlone) {
   EXPECT_EQ(done.err, "");
 }
 
-// A device takes a file's place: nothing in it can be sealed.
-TEST_F(RecordFailureTest, ATakeThatCannotBeSealedSaysSo) {
+TEST_F(RecordFailureTest, ADeviceIsRefused) {
   const std::string wav = MakeWav("in.wav", Sine(48000));
   ASSERT_EQ(symlink("/dev/full", take_.c_str()), 0);
-  const ChildResult run = Corvane({"record", take_, "-i", wav});
-  ShouldFail(run, take_ +
-                      ": Failed to append AAC frame: No space left on device; "
-                      "free some space, or record to another disk");
-  ShouldFail(run, take_ +
-                      " keeps what was recorded until then, but could not be "
-                      "sealed");
-  EXPECT_EQ(run.out, "");
+  ShouldFail(
+      Corvane({"record", take_, "-i", wav}),
+      take_ + " is a device or a socket, which keeps nothing; name a file");
+}
+
+// The result would be written over the first frames.
+TEST_F(RecordFailureTest, TheFileThatTheResultGoesToIsRefused) {
+  const std::string wav = MakeWav("in.wav", Sine(48000));
+  WriteFile(take_, {});
+  ShouldFail(CorvaneInShell("", ">'" + take_ + "'",
+                            {"record", "/dev/stdout", "-i", wav}),
+             "/dev/stdout is where the result goes; name another file");
 }
 
 TEST_F(RecordFailureTest, AnOutputThatNobodyReadsFailsButKeepsTheTake) {

@@ -1,5 +1,4 @@
-// What a user reads when a flush has failed: that the disk may lack what can
-// still be read.
+// What a user reads of failures that take a broken disk.
 #include "take/take_report.h"
 
 #include <fcntl.h>
@@ -14,34 +13,56 @@
 namespace corvane_test {
 namespace {
 
-TEST(TakeReportTest, AFailedFlushLeavesDoubtAboutWhatIsBehindTheLastGoodOne) {
-  const TempDir dir;
-  const std::string path = dir.Path("take.aac");
-  const corvane::FileDescriptor log(
-      open(dir.Path("log").c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600));
-  corvane::Console console(log.get());
-  corvane::TakeOptions options;
-  options.capture_path = path;
-  corvane::TakeResult take;
-  take.started = true;
-  take.end = corvane::TakeEnd::kError;
-  take.error = {"WRITE_FAILED", "flush failed: Input/output error", "errno",
-                EIO, path};
-  take.sealed.emplace().duration_ms = 61234;
-  const auto source = corvane::open_raw_input(-1, {48000, 1}, false);
+class TakeReportTest : public ::testing::Test {
+ protected:
+  // A take that failed so, and was begun.
+  void FailWith(corvane::PluginError error) {
+    options_.capture_path = path_;
+    take_.started = true;
+    take_.end = corvane::TakeEnd::kError;
+    take_.error = std::move(error);
+  }
 
-  EXPECT_TRUE(corvane::report_problems(options, *source, take, &console));
-  const Bytes said = ReadFile(dir.Path("log"));
+  Words Report() {
+    const auto source = corvane::open_raw_input(-1, {48000, 1}, false);
+    EXPECT_TRUE(corvane::report_problems(options_, *source, take_, &console_));
+    const Bytes said = ReadFile(dir_.Path("log"));
+    return Lines(std::string(said.begin(), said.end()));
+  }
+
+  const TempDir dir_;
+  const std::string path_ = dir_.Path("take.aac");
+  const corvane::FileDescriptor log_{
+      open(dir_.Path("log").c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600)};
+  corvane::Console console_{log_.get()};
+  corvane::TakeOptions options_;
+  corvane::TakeResult take_;
+};
+
+TEST_F(TakeReportTest, AFailedFlushLeavesDoubtAboutWhatIsBehindTheLastGoodOne) {
+  FailWith({"WRITE_FAILED", "flush failed: Input/output error", "errno", EIO,
+            path_});
+  take_.sealed.emplace().duration_ms = 61234;
   EXPECT_EQ(
-      Lines(std::string(said.begin(), said.end())),
-      Words({"corvane: " + path +
+      Report(),
+      Words({"corvane: " + path_ +
                  ": flush failed: Input/output error; what lies behind the "
                  "last flush that succeeded may not be on the disk",
-             "corvane: " + path +
+             "corvane: " + path_ +
                  ": the capture is whole up to 1:01.2 and sealed",
              "corvane: name a file in another folder, or on another disk; "
              "then continue it with: corvane resume '" +
-                 path + "' -i REST"}));
+                 path_ + "' -i REST"}));
+}
+
+TEST_F(TakeReportTest, ATakeThatCannotBeSealedSaysSo) {
+  WriteFile(path_,
+            {0xFF, 0xF1, 0x60, 0x40, 0x01, 0x7F, 0xFC, 0x01, 0x18, 0x20, 0x07});
+  FailWith({"FINALIZE_FAILED", "sync failed: Input/output error", "errno", EIO,
+            path_});
+  EXPECT_EQ(Report()[1], "corvane: " + path_ +
+                             " keeps what was recorded until then, but could "
+                             "not be sealed");
 }
 
 }  // namespace
