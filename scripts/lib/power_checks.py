@@ -104,19 +104,16 @@ class Judge:
         take = self.recording.long
         if not take.began_ns <= moment_ns < take.ended_ns:
             return
-        fed = take.fed(moment_ns)
         # Until the take has begun on the disk, the old one is there.
-        found = max((same_front(data, take.bytes)
-                     for data in self._files().values()), default=0)
-        kept = len([end for end in frame_ends(take.bytes) if end <= found])
-        lost = fed - AAC_FRAME * max(kept - 1, 0)
+        lost = samples_lost(take, moment_ns, self._files().values())
         bound = ((self.flush_every + take.longest_flush_s +
                   take.machine_late_s) * RATE +
                  take.in_codec_at_flush(moment_ns) + APPEND)
         verdict.lost_s = lost / RATE
         verdict.bound_s = bound / RATE
         verdict.ask(LOSS, lost <= bound,
-                    f"{lost / RATE:.3f} s lost of {fed / RATE:.3f} s, at most "
+                    f"{lost / RATE:.3f} s lost of "
+                    f"{take.fed(moment_ns) / RATE:.3f} s, at most "
                     f"{bound / RATE:.3f} s was promised")
 
     def _look_at_wav(self, moment_ns, verdict):
@@ -163,6 +160,13 @@ class Judge:
         if done.returncode != 0:
             return {"failed": done.stderr.decode()}
         return json.loads(done.stdout)
+
+
+def samples_lost(take, moment_ns, contents):
+    """Of what it was fed by then, when these are the files that are left."""
+    found = max((same_front(data, take.bytes) for data in contents), default=0)
+    kept = len([end for end in frame_ends(take.bytes) if end <= found])
+    return take.fed(moment_ns) - AAC_FRAME * max(kept - 1, 0)
 
 
 def holds(take, moment_ns, contents):

@@ -11,7 +11,6 @@ import os
 import pathlib
 import random
 import signal
-import subprocess
 import sys
 
 import power_checks
@@ -19,9 +18,6 @@ import power_disk
 import power_journal
 import power_report
 import power_takes
-
-INSIDE = "--inside"  # the namespaces of its own
-
 
 def arguments():
     parser = argparse.ArgumentParser(
@@ -45,40 +41,10 @@ def arguments():
     parser.add_argument("--build", type=pathlib.Path,
                         default=pathlib.Path("build/power"),
                         help=argparse.SUPPRESS)
-    parser.add_argument(INSIDE, action="store_true", help=argparse.SUPPRESS)
+    power_disk.add_inside(parser)
     options = parser.parse_args()
     options.build = options.build.resolve()
     return options
-
-
-def why_impossible():
-    """What is missing here; empty if nothing is."""
-    if os.geteuid() != 0:
-        return "only root can mount file systems"
-    for device in ("/dev/fuse", "/dev/loop-control"):
-        if not os.access(device, os.R_OK | os.W_OK):
-            return f"there is no {device}"
-    probe = subprocess.run(["unshare", "--mount", "--pid", "--fork", "true"],
-                           capture_output=True, text=True, check=False)
-    return probe.stderr.strip()
-
-
-def go_inside():
-    """The same once more, with mounts and processes of its own: they are gone
-    with it, whatever ends it. Returns the exit status.
-    """
-    signal.signal(signal.SIGTERM, lambda *_: sys.exit(128 + signal.SIGTERM))
-    with subprocess.Popen(
-            ["setpriv", "--pdeathsig", "KILL",
-             "unshare", "--mount", "--pid", "--fork", "--kill-child",
-             "--mount-proc", sys.executable, "-B", *sys.argv, INSIDE],
-            stdin=subprocess.DEVNULL) as inner:
-        try:
-            return inner.wait()
-        except KeyboardInterrupt:
-            return 128 + signal.SIGINT
-        finally:
-            inner.kill()
 
 
 def choose_cuts(recording, journal, count, seed):
@@ -148,11 +114,11 @@ def cut_power(kind, options, work):
 
 def main():
     options = arguments()
-    reason = why_impossible()
+    reason = power_disk.why_impossible()
     if reason:
         return power_report.skip(reason)
     if not options.inside:
-        return go_inside()
+        return power_disk.go_inside()
     # A Ctrl-C is for the process outside, which takes all of this down.
     signal.signal(signal.SIGINT, signal.SIG_IGN)
     print(f"Seed {options.seed}: {options.cuts} cuts, {options.seconds} s, a "

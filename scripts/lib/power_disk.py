@@ -4,12 +4,17 @@ All of it lives in a mount namespace and on loop devices that the kernel gives
 up by itself, so that nothing is left whatever ends this process.
 """
 
+import argparse
 import contextlib
 import os
 import pathlib
 import shutil
+import signal
 import subprocess
+import sys
 import time
+
+INSIDE = "--inside"  # the namespaces of its own
 
 # Small, but as large as each asks for; blocks as on an ordinary disk.
 SIZES_MIB = {"ext4": 64, "xfs": 320, "btrfs": 256}
@@ -39,6 +44,41 @@ def why_not(kind):
         subprocess.run(["modprobe", "-q", kind], check=False)
     names = pathlib.Path("/proc/filesystems").read_text().split()
     return "" if kind in names else f"this kernel has no {kind}"
+
+
+def add_inside(parser):
+    """The option by which a program knows that it is inside."""
+    parser.add_argument(INSIDE, action="store_true", help=argparse.SUPPRESS)
+
+
+def why_impossible():
+    """What is missing here; empty if nothing is."""
+    if os.geteuid() != 0:
+        return "only root can mount file systems"
+    for device in ("/dev/fuse", "/dev/loop-control"):
+        if not os.access(device, os.R_OK | os.W_OK):
+            return f"there is no {device}"
+    probe = subprocess.run(["unshare", "--mount", "--pid", "--fork", "true"],
+                           capture_output=True, text=True, check=False)
+    return probe.stderr.strip()
+
+
+def go_inside():
+    """The same program once more, with mounts and processes of its own: they
+    are gone with it, whatever ends it. Returns the exit status.
+    """
+    signal.signal(signal.SIGTERM, lambda *_: sys.exit(128 + signal.SIGTERM))
+    with subprocess.Popen(
+            ["setpriv", "--pdeathsig", "KILL",
+             "unshare", "--mount", "--pid", "--fork", "--kill-child",
+             "--mount-proc", sys.executable, "-B", *sys.argv, INSIDE],
+            stdin=subprocess.DEVNULL) as inner:
+        try:
+            return inner.wait()
+        except KeyboardInterrupt:
+            return 128 + signal.SIGINT
+        finally:
+            inner.kill()
 
 
 def make_image(kind, path):
