@@ -6,8 +6,8 @@ sample=/usr/share/sounds/alsa/Front_Center.wav
 scripts_are_sound() {
   shellcheck -x scripts/run scripts/test scripts/bench scripts/crash-demo \
     bench/compare bench/charts bench/flush \
-    scripts/crash-test scripts/power-cut scripts/power-demo scripts/fuzz scripts/soak scripts/coverage \
-    scripts/counts scripts/mutants scripts/check-debian13 scripts/check-package \
+    scripts/crash-test scripts/power-cut scripts/power-demo scripts/fuzz \
+    scripts/soak scripts/coverage scripts/counts scripts/mutants scripts/check-debian13 scripts/check-package \
     scripts/check-flutter \
     packaging/corvane.bash \
     tests/application/tool_backend.sh \
