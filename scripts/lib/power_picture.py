@@ -25,7 +25,7 @@ def draw(path, pcm, rate, moments, lanes):
     figure = plt.figure(figsize=(10, 7.4), facecolor="white")
     rows = figure.add_gridspec(
         1 + len(lanes), 1, height_ratios=[0.6] + [1] * len(lanes), left=0.15,
-        right=0.875, top=0.815, bottom=0.135, hspace=0.2)
+        right=0.86, top=0.815, bottom=0.135, hspace=0.2)
     sound = figure.add_subplot(rows[0])
     draw_title(figure, len(moments), length)
     draw_sound(sound, samples, length, moments)
