@@ -124,7 +124,11 @@ void Recorder::Seal() {
 }
 
 std::string Recorder::SaveElsewhere() {
-  if (!lock_->IsRemoved()) return lock_->CurrentName();
+  if (!lock_->IsRemoved()) {
+    const std::string name = lock_->CurrentName();
+    if (name.empty()) result_.loss = "its new name is not known";
+    return name;
+  }
   result_.was_removed = true;
   ending_.Come(TakeEnd::kRemoved);
   const Rescue rescue = rescue_removed(lock_->fd(), absolute_path_);

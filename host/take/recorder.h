@@ -47,7 +47,8 @@ struct TakeResult {
   bool was_removed = false;             // while it was written
   // Where the capture is if it didn't stay at its path: it was moved, or saved.
   std::string moved_to;
-  std::string loss;  // why a removed capture could not be saved, as a clause
+  // Why a removed capture could not be saved, or a moved one sealed; a clause.
+  std::string loss;
   std::optional<SealedCapture> sealed;
 };
 

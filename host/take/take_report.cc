@@ -159,6 +159,10 @@ std::string why_nothing(const TakeOptions& options, const AudioSource& source,
 // Where the capture went, as a sentence; empty when it stayed.
 std::string whereabouts(const TakeOptions& options, const TakeResult& take) {
   const std::string& path = options.capture_path;
+  if (!take.loss.empty() && !take.was_removed) {
+    return path + ": it was moved while it was written, and " + take.loss +
+           "; seal it where it is now: corvane finalize FILE";
+  }
   if (!take.loss.empty()) {
     return path +
            ": it was removed while it was written, and what was recorded could "

@@ -65,5 +65,18 @@ TEST_F(TakeReportTest, ATakeThatCannotBeSealedSaysSo) {
                              "not be sealed");
 }
 
+// Not a word would pass for success.
+TEST_F(TakeReportTest, AMovedTakeWhoseNewNameIsUnknownHasFailed) {
+  options_.capture_path = path_;
+  take_.started = true;
+  take_.end = corvane::TakeEnd::kInput;
+  take_.loss = "its new name is not known";
+  EXPECT_EQ(Report(),
+            Words({"corvane: " + path_ +
+                   ": it was moved while it was written, and its new name is "
+                   "not known; seal it where it is now: corvane finalize "
+                   "FILE"}));
+}
+
 }  // namespace
 }  // namespace corvane_test
