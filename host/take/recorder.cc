@@ -125,7 +125,7 @@ void Recorder::Seal() {
 
 std::string Recorder::SaveElsewhere() {
   if (!lock_->IsRemoved()) {
-    const std::string name = lock_->CurrentName();
+    std::string name = lock_->CurrentName();
     if (name.empty()) result_.loss = "its new name is not known";
     return name;
   }
