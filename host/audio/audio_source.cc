@@ -39,6 +39,7 @@ class FileSource : public AudioSource {
     return info_.frames;
   }
   int wait_fd() const override { return -1; }
+  bool has_ended() const override { return has_ended_; }
   std::string error() const override { return error_; }
 
   size_t Read(uint8_t* out, size_t size) override {
@@ -48,6 +49,7 @@ class FileSource : public AudioSource {
     const sf_count_t got =
         is_16_bit ? ReadShorts(out, frames) : ReadFloats(out, frames);
     read_frames_ += got;
+    has_ended_ = got == 0;
     // Now, for the next call clears libsndfile's error.
     if (got < static_cast<sf_count_t>(frames)) CheckEnd();
     return static_cast<size_t>(got) * format().bytes_per_frame();
@@ -106,6 +108,7 @@ class FileSource : public AudioSource {
   std::vector<float> floats_;
   std::vector<int16_t> samples_;
   int64_t read_frames_ = 0;
+  bool has_ended_ = false;
   std::string error_;
 };
 
@@ -118,9 +121,17 @@ class RawSource : public AudioSource {
   std::string name() const override { return "standard input"; }
   std::optional<int64_t> total_frames() const override { return std::nullopt; }
   int wait_fd() const override { return fd_; }
+  bool has_ended() const override { return has_ended_; }
   std::string error() const override { return error_; }
 
   size_t Read(uint8_t* out, size_t size) override {
+    const size_t got = ReadSamples(out, size);
+    has_ended_ = got == 0;
+    return got;
+  }
+
+ private:
+  size_t ReadSamples(uint8_t* out, size_t size) {
     size_t got = ReadOnce(out, size);
     if (is_start_right_) return got;
     // Few writers begin with so little that it can't be told yet; for them the
@@ -133,7 +144,6 @@ class RawSource : public AudioSource {
     return CheckStart({out, out + got}) ? got : 0;
   }
 
- private:
   size_t ReadOnce(uint8_t* out, size_t size) {
     ssize_t got = 0;
     do {
@@ -157,6 +167,7 @@ class RawSource : public AudioSource {
   const int fd_;
   const PcmFormat format_;
   bool is_start_right_;
+  bool has_ended_ = false;
   std::string error_;
 };
 

@@ -17,6 +17,13 @@ struct PcmFormat {
   size_t bytes_per_frame() const { return static_cast<size_t>(channels) * 2; }
 };
 
+// What a live source lost before it could be read.
+struct Overruns {
+  int64_t count = 0;
+  int64_t lost_us = 0;  // of audio, all of them together
+};
+
+// Of one thread.
 class AudioSource {
  public:
   virtual ~AudioSource() = default;
@@ -33,12 +40,19 @@ class AudioSource {
   // never waits for anyone.
   virtual int wait_fd() const = 0;
 
-  // Fills up to `size` bytes, a multiple of a sample frame; returns how many,
-  // 0 at the end or after a failure, which error() then names.
+  // Fills up to `size` bytes, a multiple of a sample frame; returns how many.
+  // 0 when nothing has come yet, at the end, or after a failure, which error()
+  // then names.
   virtual size_t Read(uint8_t* out, size_t size) = 0;
+
+  // Whether a Read() that returned 0 was the last: nothing more will come.
+  virtual bool has_ended() const = 0;
 
   // What went wrong while reading, as a clause; empty while all is well.
   virtual std::string error() const = 0;
+
+  // Nothing where audio can't be lost on its way, or nobody would know.
+  virtual std::optional<Overruns> overruns() const { return std::nullopt; }
 };
 
 // A float sample as 16 bits: full scale is 32768, what lies beyond is clipped,

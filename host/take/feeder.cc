@@ -117,10 +117,11 @@ void Feeder::ReadChunk() {
   const size_t got =
       source_->Read(chunk_.data() + filled_, chunk_.size() - filled_);
   filled_ += got;
-  if (got == 0) ending_->Come(TakeEnd::kInput);
+  if (got == 0 && source_->has_ended()) ending_->Come(TakeEnd::kInput);
 }
 
 void Feeder::AppendChunk() {
+  if (filled_ == 0) return;
   const size_t size = std::exchange(filled_, 0);
   g_autoptr(FlValue) pcm = fl_value_new_uint8_list(chunk_.data(), size);
   sent_bytes_ += static_cast<int64_t>(size);
