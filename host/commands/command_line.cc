@@ -8,6 +8,7 @@
 #include <map>
 
 #include "commands/help_texts.h"
+#include "commands/time_word.h"
 #include "commands/usage_hint.h"
 #include "terminal/exit_status.h"
 
@@ -18,6 +19,9 @@ namespace {
 constexpr int kMostWavChannels = 32767;
 
 constexpr int kLongestInterval = 86400;  // seconds between two flushes
+
+// What is shorter makes more files than anybody wants.
+constexpr int64_t kShortestPartUs = 1'000'000;
 
 // A validator would write its numbers into the help as well.
 template <typename Number>
@@ -94,6 +98,32 @@ std::string why_no_interval(const std::string& text) {
          ", and not '" + text + "'";
 }
 
+std::string why_no_time(const std::string& text) {
+  const auto us = parse_time_word(text);
+  if (us && *us > 0) return "";
+  return "needs a time, as in 90 (seconds), 5m, 1:30:00, and not '" + text +
+         "'";
+}
+
+std::string why_no_split(const std::string& text) {
+  const auto us = parse_time_word(text);
+  if (us && *us >= kShortestPartUs) return "";
+  return "needs a second at least, and not '" + text + "'";
+}
+
+CLI::Option* add_time(CLI::App* command, const char* name, const char* help,
+                      int64_t* us) {
+  return command
+      ->add_option_function<std::string>(
+          name,
+          [us](const std::string& word) {
+            *us = parse_time_word(word).value_or(0);
+          },
+          help)
+      ->type_name("TIME")
+      ->check(CLI::Validator(why_no_time, ""));
+}
+
 void add_verbosity(CLI::App* command, Verbosity* verbosity) {
   const auto sets = [verbosity](Verbosity value) {
     return [verbosity, value](int64_t) { *verbosity = value; };
@@ -123,6 +153,9 @@ void add_rate_options(CLI::App* command, TakeArguments* arguments) {
 
 void add_take_options(CLI::App* command, bool has_capture,
                       TakeArguments* arguments) {
+  add_time(command, "--duration",
+           "End the take when it holds so much\n(90, 5m, 1:30:00)",
+           &arguments->duration_us);
   command
       ->add_option("-i", arguments->input,
                    "Audio file; without it, or as -, raw stdin")
@@ -150,6 +183,10 @@ CLI::App* add_record(CLI::App* app, TakeArguments* arguments) {
   CLI::App* command = app->add_subcommand("record", "Record a new take");
   add_file(command, "OUT.aac", "The capture to write", &arguments->output);
   add_take_options(command, false, arguments);
+  add_time(command, "--split",
+           "Begin a new file so often: OUT-001.aac,\nOUT-002.aac...",
+           &arguments->split_us)
+      ->check(CLI::Validator(why_no_split, ""));
   command->footer(kRecordNotes);
   return command;
 }

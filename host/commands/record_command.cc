@@ -39,9 +39,12 @@ int run_record(const TakeArguments& arguments, Console* console,
   int status = kExitDone;
   const auto source = open_source(arguments, console, &status);
   if (source == nullptr) return status;
-  const std::string objection = objection_to(arguments.output);
+  const std::string first_path = arguments.split_us > 0
+                                     ? part_path(arguments.output, 1)
+                                     : arguments.output;
+  const std::string objection = objection_to(first_path);
   if (!objection.empty()) {
-    console->Complain(arguments.output + objection);
+    console->Complain(first_path + objection);
     return kExitFailed;
   }
   const std::string format_objection =
@@ -51,9 +54,8 @@ int run_record(const TakeArguments& arguments, Console* console,
                      console)) {
     return kExitUsage;
   }
-  CaptureLock lock;
   return run_take(take_options_of(arguments, source->format()), source.get(),
-                  &lock, console, log);
+                  CaptureLock(), console, log);
 }
 
 }  // namespace corvane

@@ -2,6 +2,7 @@
 
 #include <optional>
 #include <string>
+#include <utility>
 
 #include "looks/capture_look.h"
 #include "take/run_take.h"
@@ -140,7 +141,7 @@ int run_resume(const TakeArguments& given, Console* console, LogOutput* log) {
   if (!may_go_on(arguments, *look, *source, console)) return kExitUsage;
   TakeOptions options = take_options_of(arguments, source->format());
   options.kept = kept_audio(*look);
-  return run_take(options, source.get(), &lock, console, log);
+  return run_take(options, source.get(), std::move(lock), console, log);
 }
 
 }  // namespace corvane

@@ -10,11 +10,14 @@
 namespace corvane {
 
 enum class TakeEnd {
-  kNone,     // it goes on
-  kInput,    // the source's end
-  kSignal,   // somebody asked for it
-  kError,    // the plugin failed
-  kRemoved,  // no name leads to the capture any more
+  kNone,      // it goes on
+  kInput,     // the source's end
+  kSignal,    // somebody asked for it
+  kKey,       // likewise, at the terminal
+  kDuration,  // it is as long as it was to be
+  kError,     // the plugin failed
+  kHeld,      // another program is at work on the file
+  kRemoved,   // no name leads to the capture any more
 };
 
 // Of the thread that runs the main context.

@@ -16,6 +16,8 @@ constexpr size_t kLargestChunk = kMostUnansweredBytes / 4;
 
 constexpr guint kTickMs = 250;
 
+constexpr int64_t kEndless = INT64_MAX;  // sample frames
+
 bool is_readable(int fd) {
   pollfd entry = {fd, POLLIN, 0};
   return poll(&entry, 1, 0) > 0;
@@ -58,28 +60,31 @@ Feeder::Feeder(Engine* engine, AudioSource* source, const FeedOptions& options,
       ending_(ending),
       flushes_(flushes),
       progress_(progress),
+      frame_bytes_(source->format().bytes_per_frame()),
       most_unanswered_(most_unanswered(*source, options.realtime)),
-      chunk_(chunk_size(source->format(), options)) {
+      chunk_(chunk_size(source->format(), options)),
+      left_in_take_(options.take_frames.value_or(kEndless)),
+      left_in_part_(options.part_frames.value_or(kEndless)) {
   if (progress_ == nullptr || !progress_->is_shown()) return;
   ticks_.emplace(LoopEvent::Every(kTickMs, [this] { Show(); }));
 }
 
 bool Feeder::AwaitAudio() {
-  const size_t bytes_per_frame = source_->format().bytes_per_frame();
-  while (!ending_->has_come() && filled_ < bytes_per_frame) {
+  while (!ending_->has_come() && filled_ < frame_bytes_) {
     WaitForInput();
     if (!ending_->has_come()) ReadChunk();
   }
   return !ending_->has_come();
 }
 
-void Feeder::Run() {
+void Feeder::Run(const std::function<void()>& next_part) {
   start_us_ = g_get_monotonic_time();
   longest_gap_us_ = 0;
   while (!ending_->has_come()) {
-    AppendChunk();
+    PassOn(next_part);
     WaitForRoom();
     if (options_.realtime) WaitForTime();
+    WaitForPause();
     WaitForInput();
     if (!ending_->has_come()) ReadChunk();
   }
@@ -91,12 +96,24 @@ void Feeder::WaitForRoom() {
 }
 
 void Feeder::WaitForTime() {
-  const auto bytes_per_frame =
-      static_cast<int64_t>(source_->format().bytes_per_frame());
   const LoopEvent due =
-      LoopEvent::At(start_us_ + sent_bytes_ / bytes_per_frame * G_USEC_PER_SEC /
+      LoopEvent::At(start_us_ + sent_frames_ * G_USEC_PER_SEC /
                                     source_->format().sample_rate);
   engine_->IterateUntil([&] { return ending_->has_come() || due.has_come(); });
+}
+
+// Paused time is none in which the audio should have played.
+void Feeder::SetPaused(bool is_paused) {
+  if (is_paused == this->is_paused()) return;
+  const int64_t now_us = g_get_monotonic_time();
+  if (paused_since_us_) start_us_ += now_us - *paused_since_us_;
+  paused_since_us_.reset();
+  if (is_paused) paused_since_us_ = now_us;
+}
+
+void Feeder::WaitForPause() {
+  if (source_->wait_fd() >= 0) return;
+  engine_->IterateUntil([this] { return ending_->has_come() || !is_paused(); });
 }
 
 // Waits in the main loop, so that a signal gets through while no audio comes.
@@ -120,11 +137,33 @@ void Feeder::ReadChunk() {
   if (got == 0 && source_->has_ended()) ending_->Come(TakeEnd::kInput);
 }
 
-void Feeder::AppendChunk() {
-  if (filled_ == 0) return;
-  const size_t size = std::exchange(filled_, 0);
-  g_autoptr(FlValue) pcm = fl_value_new_uint8_list(chunk_.data(), size);
-  sent_bytes_ += static_cast<int64_t>(size);
+// Whole sample frames, so that a pause or a part ends between two of them.
+void Feeder::PassOn(const std::function<void()>& next_part) {
+  const size_t whole = filled_ - filled_ % frame_bytes_;
+  if (progress_ != nullptr) progress_->Hear(chunk_.data(), whole);
+  size_t at = is_paused() ? whole : 0;
+  while (at < whole && !ending_->has_come()) {
+    if (left_in_part_ == 0) {
+      left_in_part_ = *options_.part_frames;
+      next_part();
+    }
+    const auto frames = static_cast<size_t>(
+        std::min({static_cast<int64_t>((whole - at) / frame_bytes_),
+                  left_in_part_, left_in_take_}));
+    Append(chunk_.data() + at, frames * frame_bytes_);
+    at += frames * frame_bytes_;
+    if (left_in_take_ == 0) ending_->Come(TakeEnd::kDuration);
+  }
+  std::copy(chunk_.data() + whole, chunk_.data() + filled_, chunk_.data());
+  filled_ -= whole;
+}
+
+void Feeder::Append(const uint8_t* bytes, size_t size) {
+  g_autoptr(FlValue) pcm = fl_value_new_uint8_list(bytes, size);
+  const auto frames = static_cast<int64_t>(size / frame_bytes_);
+  sent_frames_ += frames;
+  left_in_part_ -= frames;
+  left_in_take_ -= frames;
   unanswered_ += cost_of(size);
   engine_->Invoke("append", pcm, [this, size](FlMethodResponse* response) {
     OnAppended(size, response);
@@ -141,11 +180,10 @@ void Feeder::OnAppended(size_t size, FlMethodResponse* response) {
 
 void Feeder::Show() {
   if (progress_ == nullptr) return;
-  const auto bytes_per_frame =
-      static_cast<int64_t>(source_->format().bytes_per_frame());
   const int64_t silent_us =
       waiting_since_us_ ? g_get_monotonic_time() - *waiting_since_us_ : 0;
-  progress_->Update(answered_bytes_ / bytes_per_frame, silent_us);
+  progress_->Update(answered_bytes_ / static_cast<int64_t>(frame_bytes_),
+                    silent_us);
 }
 
 }  // namespace corvane

@@ -4,6 +4,7 @@
 #define CORVANE_HOST_TAKE_FEEDER_H_
 
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <vector>
 
@@ -30,6 +31,9 @@ struct FeedOptions {
   // in large pieces, and one that can't as its audio comes.
   std::optional<int> chunk_ms;
   bool realtime = false;  // no faster than the audio plays
+  // The take's length, and a part's, in sample frames; whole without them.
+  std::optional<int64_t> take_frames;
+  std::optional<int64_t> part_frames;
 };
 
 class Feeder {
@@ -42,10 +46,18 @@ class Feeder {
   // first.
   bool AwaitAudio();
 
-  // Appends what comes until the take is over. At the source's end it is.
-  void Run();
+  // Appends what comes until the take is over, which it is at the source's end
+  // and at the take's length. `next_part` is called between two parts.
+  void Run(const std::function<void()>& next_part);
 
-  int64_t sent_bytes() const { return sent_bytes_; }
+  // What a live source brings while it is paused is passed over; any other
+  // waits.
+  void SetPaused(bool is_paused);
+  bool is_paused() const { return paused_since_us_.has_value(); }
+
+  int64_t sent_frames() const { return sent_frames_; }
+  // Of an incomplete last sample frame.
+  int64_t leftover_bytes() const { return static_cast<int64_t>(filled_); }
   // The longest time in which no audio came, the first audio apart.
   int64_t longest_gap_us() const { return longest_gap_us_; }
 
@@ -53,8 +65,10 @@ class Feeder {
   void WaitForRoom();
   void WaitForInput();
   void WaitForTime();
+  void WaitForPause();
   void ReadChunk();
-  void AppendChunk();
+  void PassOn(const std::function<void()>& next_part);
+  void Append(const uint8_t* bytes, size_t size);
   void OnAppended(size_t size, FlMethodResponse* response);
   void Show();
 
@@ -64,14 +78,18 @@ class Feeder {
   Ending* const ending_;
   FlushClock* const flushes_;
   Progress* const progress_;
+  const size_t frame_bytes_;
   std::optional<LoopEvent> ticks_;  // for the live line, while nothing else is
   const int64_t most_unanswered_;   // in bytes
   std::vector<uint8_t> chunk_;
   size_t filled_ = 0;       // of the chunk
-  int64_t unanswered_ = 0;  // the same
-  int64_t sent_bytes_ = 0;
+  int64_t unanswered_ = 0;  // in bytes
+  int64_t sent_frames_ = 0;
   int64_t answered_bytes_ = 0;
+  int64_t left_in_take_;  // sample frames
+  int64_t left_in_part_;
   int64_t start_us_ = 0;
+  std::optional<int64_t> paused_since_us_;
   std::optional<int64_t> waiting_since_us_;
   int64_t longest_gap_us_ = 0;
 };

@@ -41,13 +41,19 @@ class Progress {
   // The first audio has come, and the clock runs from now on.
   void Begin();
 
+  // The take goes on in another file.
+  void SetCapturePath(std::string path) { capture_path_ = std::move(path); }
+  void SetPaused(bool /*is_paused*/) {}
+  // What has been read: whole sample frames.
+  void Hear(const uint8_t* /*pcm*/, size_t /*size*/) {}
+
   // Redraws, at most ten times a second; cheap when there is nothing to draw.
   // `silent_us` is how long audio has been waited for by now.
   void Update(int64_t recorded_frames, int64_t silent_us);
 
  private:
   Console* const console_;
-  const std::string capture_path_;
+  std::string capture_path_;
   const int sample_rate_;
   const std::optional<int64_t> total_frames_;
   bool has_begun_ = false;

@@ -1,10 +1,12 @@
-// One take: from a source's first sample to the sealed capture.
+// One take: from a source's first sample to the sealed capture, or captures.
 #ifndef CORVANE_HOST_TAKE_RECORDER_H_
 #define CORVANE_HOST_TAKE_RECORDER_H_
 
 #include <cstdint>
+#include <deque>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "audio/audio_source.h"
 #include "engine/engine.h"
@@ -13,6 +15,7 @@
 #include "take/ending.h"
 #include "take/feeder.h"
 #include "take/flush_clock.h"
+#include "take/part.h"
 #include "take/progress.h"
 
 namespace corvane {
@@ -35,29 +38,33 @@ struct TakeOptions {
 };
 
 struct TakeResult {
-  bool started = false;
   TakeEnd end = TakeEnd::kNone;
   int64_t frames = 0;          // whole sample frames handed over
   int64_t leftover_bytes = 0;  // of an incomplete last sample frame
   int64_t longest_gap_us = 0;  // in which no audio came
   int64_t wall_us = 0;         // from the start to the seal
+  int64_t pauses = 0;          // that were begun
+  std::vector<int64_t> marks;  // ms within the take, what it kept included
   FlushFigures flushes;
-  std::optional<CaptureHolder> holder;  // why it was not begun, or given up
-  std::optional<PluginError> error;     // the plugin's first
-  bool was_removed = false;             // while it was written
-  // Where the capture is if it didn't stay at its path: it was moved, or saved.
-  std::string moved_to;
-  // Why a removed capture could not be saved, or a moved one sealed; a clause.
-  std::string loss;
-  std::optional<SealedCapture> sealed;
+  std::optional<PluginError> error;  // the plugin's first
+  // One, unless the take was split; none when no audio came.
+  std::vector<PartResult> parts;
+
+  // Whether there is a capture of this take's own.
+  bool has_started() const { return !parts.empty() && parts.back().started; }
+  bool has_sealed() const;
 };
+
+// The name of part `number`, counted from 1, of a take that is split:
+// take.aac becomes take-001.aac.
+std::string part_path(const std::string& capture_path, int number);
 
 class Recorder {
  public:
   // All pointers are borrowed; `progress` may be NULL. `lock` holds the capture
-  // that a take goes on in; that of a new one it takes at the start.
+  // that a take goes on in; that of a new one is taken at the start.
   Recorder(Engine* engine, AudioSource* source, TakeOptions options,
-           CaptureLock* lock, Progress* progress);
+           CaptureLock lock, Progress* progress);
 
   // Runs the whole take on the main context. Nothing is touched before the
   // first audio is there. The first append or flush that fails ends the take,
@@ -65,27 +72,35 @@ class Recorder {
   // capture. Whatever ended it, a take that started is stopped and sealed.
   TakeResult Run();
 
-  // Ends a running take from within the main context, as at the source's end.
+  // The following are called from within the main context.
+
+  // Ends a running take, as at the source's end.
   void Stop(TakeEnd why);
+  // Pauses, or goes on; returns whether it is paused now. Nothing before the
+  // take has begun.
+  std::optional<bool> TogglePause();
+  // Marks this moment of the take; returns it in ms. Likewise.
+  std::optional<int64_t> Mark();
+  // How much of the take there is by now, in ms, what it kept included.
+  int64_t PositionMs() const;
 
  private:
-  bool Start();
-  bool Claim();
-  void WatchTheFile();
-  void Seal();
-  std::string SaveElsewhere();
-  std::optional<SealedCapture> Ask(const char* method, FlValue* args);
-  FlValue* ArgsWith(const std::string& path) const;
+  void BeginPart(CaptureLock lock);
+  void EndPart();
+  void NextPart();
+  void CollectResult();
 
   Engine* const engine_;
   AudioSource* const source_;
   const TakeOptions options_;
-  const std::string absolute_path_;
-  CaptureLock* const lock_;
+  CaptureLock first_lock_;
   Progress* const progress_;
   TakeResult result_;
   Ending ending_;
   FlushClock flushes_;
+  std::deque<Part> parts_;  // each stays where it is
+  int64_t part_start_ = 0;  // sample frames before the part that is written
+  bool has_begun_ = false;
   Feeder feeder_;
 };
 

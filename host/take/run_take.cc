@@ -1,70 +1,44 @@
 #include "take/run_take.h"
 
-#include <glib-unix.h>
-
-#include <array>
 #include <csignal>
-#include <functional>
+#include <optional>
 #include <utility>
 
 #include "engine/engine.h"
 #include "take/plugin_call.h"
 #include "take/progress.h"
+#include "take/take_json.h"
 #include "take/take_report.h"
+#include "take/take_signals.h"
 #include "terminal/exit_status.h"
+#include "terminal/wording.h"
 
 namespace corvane {
 namespace {
 
-constexpr std::array<int, 3> kStopSignals = {SIGINT, SIGTERM, SIGHUP};
-
-// What the parent has told to ignore stays ignored, as under nohup(1) and in a
-// shell's background.
-bool is_ignored(int signal) {
-  struct sigaction action = {};
-  return sigaction(signal, nullptr, &action) == 0 &&
-         action.sa_handler == SIG_IGN;
+void tell_pause(const Recorder& recorder, std::optional<bool> is_paused,
+                Console* console) {
+  if (!is_paused) return;
+  console->Note((*is_paused ? "paused at " : "goes on at ") +
+                clock_tenths(recorder.PositionMs()));
 }
 
-// The signals that end a take, as events of the main loop, for as long as this
-// lives.
-class StopSignals {
- public:
-  explicit StopSignals(std::function<void()> on_signal)
-      : on_signal_(std::move(on_signal)) {
-    for (size_t i = 0; i < kStopSignals.size(); ++i) {
-      if (is_ignored(kStopSignals[i])) continue;
-      ids_[i] = g_unix_signal_add(kStopSignals[i], OnSignal, this);
-    }
-  }
-  StopSignals(const StopSignals&) = delete;
-  StopSignals& operator=(const StopSignals&) = delete;
-  // One that comes again while the result is told must not keep it back.
-  ~StopSignals() {
-    sigset_t stop_signals = {};
-    sigset_t before = {};
-    sigemptyset(&stop_signals);
-    for (const int signal : kStopSignals) sigaddset(&stop_signals, signal);
-    pthread_sigmask(SIG_BLOCK, &stop_signals, &before);
-    for (const guint id : ids_) {
-      if (id != 0) g_source_remove(id);
-    }
-    for (const int signal : kStopSignals) std::signal(signal, SIG_IGN);
-    pthread_sigmask(SIG_SETMASK, &before, nullptr);
-  }
+void tell_mark(std::optional<int64_t> mark_ms, Console* console) {
+  if (mark_ms) console->Note("marked " + clock_tenths(*mark_ms));
+}
 
- private:
-  static gboolean OnSignal(gpointer self) {
-    static_cast<StopSignals*>(self)->on_signal_();
-    return G_SOURCE_CONTINUE;
+void on_signal(int signal, Recorder* recorder, Console* console) {
+  if (signal == SIGUSR1) {
+    tell_pause(*recorder, recorder->TogglePause(), console);
+  } else if (signal == SIGUSR2) {
+    tell_mark(recorder->Mark(), console);
+  } else {
+    recorder->Stop(TakeEnd::kSignal);
   }
-
-  const std::function<void()> on_signal_;
-  std::array<guint, kStopSignals.size()> ids_ = {};
-};
+}
 
 TakeResult record_take(const TakeOptions& options, AudioSource* source,
-                       CaptureLock* lock, Console* console, LogOutput* log) {
+                       CaptureLock lock, Console* console, LogOutput* log) {
   Engine engine;
   std::optional<int64_t> skipped_bytes;
   show_log_lines(&engine, log, &skipped_bytes);
@@ -72,23 +46,27 @@ TakeResult record_take(const TakeOptions& options, AudioSource* source,
   {
     Progress progress(console, options.capture_path,
                       source->format().sample_rate, source->total_frames());
-    Recorder recorder(&engine, source, options, lock, &progress);
-    const StopSignals signals([&recorder] { recorder.Stop(TakeEnd::kSignal); });
+    Recorder recorder(&engine, source, options, std::move(lock), &progress);
+    const TakeSignals signals(
+        [&](int signal) { on_signal(signal, &recorder, console); });
     take = recorder.Run();
   }
   engine.Shutdown();
   log->Flush();
-  if (take.sealed) take.sealed->skipped_bytes = skipped_bytes;
+  if (!take.parts.empty() && take.parts.back().sealed) {
+    take.parts.back().sealed->skipped_bytes = skipped_bytes;
+  }
   return take;
 }
 
 }  // namespace
 
-int run_take(const TakeOptions& options, AudioSource* source, CaptureLock* lock,
+int run_take(const TakeOptions& options, AudioSource* source, CaptureLock lock,
              Console* console, LogOutput* log) {
-  const TakeResult take = record_take(options, source, lock, console, log);
+  const TakeResult take =
+      record_take(options, source, std::move(lock), console, log);
   bool failed = report_problems(options, *source, take, console);
-  if (take.sealed) {
+  if (take.has_sealed()) {
     failed |= !print_figures(options, *source, take, console);
   }
   return failed ? kExitFailed : kExitDone;

@@ -9,11 +9,11 @@
 
 namespace corvane {
 
-// Records all of `source`, or until SIGINT, SIGTERM or SIGHUP, with progress
-// and log on the console; prints the figures as JSON on standard output, and
-// what went wrong on the console. Returns the exit status. `lock` is as for
-// Recorder.
-int run_take(const TakeOptions& options, AudioSource* source, CaptureLock* lock,
+// Records all of `source`, or until a signal ends it (TakeSignals), with
+// progress and log on the console; prints the figures as JSON on standard
+// output, and what went wrong on the console. Returns the exit status. `lock`
+// is as for Recorder.
+int run_take(const TakeOptions& options, AudioSource* source, CaptureLock lock,
              Console* console, LogOutput* log);
 
 }  // namespace corvane

@@ -2,6 +2,7 @@
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <cmath>
 
 #include "looks/dead_wav.h"
@@ -13,6 +14,18 @@ namespace {
 
 constexpr int kUnplayableChannels = 3;
 constexpr int64_t kLeastBitRate = 8000;  // bit/s a channel
+constexpr int64_t kSamplesPerAacFrame = 1024;
+
+// At least one.
+int64_t frames_in(int64_t us, const PcmFormat& format) {
+  return std::max<int64_t>(1, us * format.sample_rate / 1'000'000);
+}
+
+// The next frame's audio begins the next part, so no codec has to fill one up.
+int64_t whole_aac_frames(int64_t frames) {
+  return std::max<int64_t>(1, frames / kSamplesPerAacFrame) *
+         kSamplesPerAacFrame;
+}
 
 // Empty unless -r or -c contradict what the file itself says.
 std::string contradiction(const TakeArguments& arguments,
@@ -101,7 +114,15 @@ TakeOptions take_options_of(const TakeArguments& arguments,
   TakeOptions options;
   options.capture_path = arguments.output;
   options.bit_rate = bit_rate_of(arguments, format.channels);
-  options.feed = {arguments.chunk_ms, arguments.realtime};
+  options.feed.chunk_ms = arguments.chunk_ms;
+  options.feed.realtime = arguments.realtime;
+  if (arguments.duration_us > 0) {
+    options.feed.take_frames = frames_in(arguments.duration_us, format);
+  }
+  if (arguments.split_us > 0) {
+    options.feed.part_frames =
+        whole_aac_frames(frames_in(arguments.split_us, format));
+  }
   // Rounded up: only 0 means never.
   options.flush_every_us =
       static_cast<int64_t>(std::ceil(arguments.flush_every_s * 1e6));

@@ -23,6 +23,8 @@ struct TakeArguments {
   bool realtime = false;
   std::optional<int> chunk_ms;
   double flush_every_s = 1;  // 0: never
+  int64_t duration_us = 0;   // of audio; 0: to the source's end
+  int64_t split_us = 0;      // of audio in a part; 0: one part
   bool raw = false;          // standard input is samples, however it starts
   bool force = false;        // do what is refused
 };

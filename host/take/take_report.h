@@ -13,12 +13,6 @@ namespace corvane {
 bool report_problems(const TakeOptions& options, const AudioSource& source,
                      const TakeResult& take, Console* console);
 
-// The figures of the sealed capture, which there must be, as one JSON object on
-// standard output. When that cannot be written, says so on the console and
-// returns false.
-bool print_figures(const TakeOptions& options, const AudioSource& source,
-                   const TakeResult& take, Console* console);
-
 }  // namespace corvane
 
 #endif  // CORVANE_HOST_TAKE_TAKE_REPORT_H_

@@ -98,8 +98,7 @@ class RecorderFlushTest : public ::testing::Test {
     options.feed.chunk_ms = 20;
     options.flush_every_us = flush_every_us;
     corvane::Engine engine;
-    corvane::CaptureLock lock;
-    return corvane::Recorder(&engine, source, options, &lock, nullptr).Run();
+    return corvane::Recorder(&engine, source, options, {}, nullptr).Run();
   }
 
   const TempDir dir_;
@@ -149,8 +148,8 @@ TEST_F(RecorderFlushTest, AFlushThatFailsOnceEndsTheTakeSealed) {
   EXPECT_EQ(take.error->message, "flush failed: Input/output error");
   EXPECT_EQ(take.end, corvane::TakeEnd::kError);
   EXPECT_LT(take.frames, 60 * 48000);
-  ASSERT_TRUE(take.sealed);
-  EXPECT_EQ(take.sealed->bytes, FileSize(take_));
+  ASSERT_TRUE(take.has_sealed());
+  EXPECT_EQ(take.parts[0].sealed->bytes, FileSize(take_));
   EXPECT_GT(SplitFrames(ReadFile(take_)).size(), 0U);
 }
 
@@ -174,8 +173,7 @@ TEST_F(RecorderFlushTest, AStopDuringAFlushSealsTheTake) {
   options.feed.chunk_ms = 20;
   options.flush_every_us = 1;
   corvane::Engine engine;
-  corvane::CaptureLock lock;
-  corvane::Recorder recorder(&engine, &source, options, &lock, nullptr);
+  corvane::Recorder recorder(&engine, &source, options, {}, nullptr);
   std::promise<void> stopped;
   const auto stop = [&] {
     recorder.Stop(corvane::TakeEnd::kSignal);
@@ -189,8 +187,8 @@ TEST_F(RecorderFlushTest, AStopDuringAFlushSealsTheTake) {
   const corvane::TakeResult take = recorder.Run();
   EXPECT_FALSE(take.error);
   EXPECT_EQ(take.end, corvane::TakeEnd::kSignal);
-  ASSERT_TRUE(take.sealed);
-  EXPECT_EQ(take.sealed->bytes, FileSize(take_));
+  ASSERT_TRUE(take.has_sealed());
+  EXPECT_EQ(take.parts[0].sealed->bytes, FileSize(take_));
 }
 
 }  // namespace

@@ -46,7 +46,7 @@ class SilentSource : public corvane::AudioSource {
 class BackPressureTest : public ::testing::Test {
  protected:
   TakeResult Record(const TakeOptions& options) {
-    return Recorder(&engine_, &source_, options, &lock_, nullptr).Run();
+    return Recorder(&engine_, &source_, options, {}, nullptr).Run();
   }
 
   static TakeOptions InChunksOf(int ms) {
@@ -59,7 +59,6 @@ class BackPressureTest : public ::testing::Test {
   corvane::Engine engine_;
   SlowPlugin plugin_{&engine_};
   SilentSource source_;
-  corvane::CaptureLock lock_;
 };
 
 TEST_F(BackPressureTest, AtFullSpeedHalfAMebibyteAndAChunkAreUnanswered) {
@@ -149,9 +148,10 @@ TEST_F(ClaimTest, WhoeverLockedTheNewFileFirstHasIt) {
     ASSERT_FALSE(rival_.Take(path_));
   });
   const TakeResult take = Record(Take());
-  EXPECT_FALSE(take.started);
-  ASSERT_TRUE(take.holder);
-  EXPECT_EQ(take.holder->pid, getpid());
+  ASSERT_EQ(take.parts.size(), 1U);
+  EXPECT_FALSE(take.parts[0].started);
+  ASSERT_TRUE(take.parts[0].holder);
+  EXPECT_EQ(take.parts[0].holder->pid, getpid());
   EXPECT_EQ(plugin_.appends, 0U);
   EXPECT_EQ(plugin_.calls, (std::vector<std::string>{"start", "cancel"}));
 }
@@ -160,8 +160,9 @@ TEST_F(ClaimTest, WhoeverLockedTheNewFileFirstHasIt) {
 TEST_F(ClaimTest, AFileThatThePluginDoesNotHaveOpenIsNotClaimed) {
   plugin_.OnStart([this] { WriteFile(path_, {}); });
   const TakeResult take = Record(Take());
-  EXPECT_FALSE(take.started);
-  EXPECT_TRUE(take.holder);
+  ASSERT_EQ(take.parts.size(), 1U);
+  EXPECT_FALSE(take.parts[0].started);
+  EXPECT_TRUE(take.parts[0].holder);
   EXPECT_EQ(plugin_.calls, (std::vector<std::string>{"start", "cancel"}));
 }
 
@@ -169,9 +170,10 @@ TEST_F(ClaimTest, AFileThatIsLockedIsNotEvenMoved) {
   WriteFile(path_, {1, 2, 3});
   ASSERT_FALSE(rival_.Take(path_));
   const TakeResult take = Record(Take());
-  EXPECT_FALSE(take.started);
-  ASSERT_TRUE(take.holder);
-  EXPECT_EQ(take.holder->pid, getpid());
+  ASSERT_EQ(take.parts.size(), 1U);
+  EXPECT_FALSE(take.parts[0].started);
+  ASSERT_TRUE(take.parts[0].holder);
+  EXPECT_EQ(take.parts[0].holder->pid, getpid());
   EXPECT_EQ(plugin_.calls, std::vector<std::string>());
 }
 

@@ -15,10 +15,16 @@ namespace {
 
 class TakeReportTest : public ::testing::Test {
  protected:
+  void Begin() {
+    corvane::PartResult& part = take_.parts.emplace_back();
+    part.path = path_;
+    part.started = true;
+  }
+
   // A take that failed so, and was begun.
   void FailWith(corvane::PluginError error) {
     options_.capture_path = path_;
-    take_.started = true;
+    Begin();
     take_.end = corvane::TakeEnd::kError;
     take_.error = std::move(error);
   }
@@ -42,7 +48,7 @@ class TakeReportTest : public ::testing::Test {
 TEST_F(TakeReportTest, AFailedFlushLeavesDoubtAboutWhatIsBehindTheLastGoodOne) {
   FailWith({"WRITE_FAILED", "flush failed: Input/output error", "errno", EIO,
             path_});
-  take_.sealed.emplace().duration_ms = 61234;
+  take_.parts[0].sealed.emplace().duration_ms = 61234;
   EXPECT_EQ(
       Report(),
       Words({"corvane: " + path_ +
@@ -68,9 +74,9 @@ TEST_F(TakeReportTest, ATakeThatCannotBeSealedSaysSo) {
 // Not a word would pass for success.
 TEST_F(TakeReportTest, AMovedTakeWhoseNewNameIsUnknownHasFailed) {
   options_.capture_path = path_;
-  take_.started = true;
+  Begin();
   take_.end = corvane::TakeEnd::kInput;
-  take_.loss = "its new name is not known";
+  take_.parts[0].loss = "its new name is not known";
   EXPECT_EQ(Report(),
             Words({"corvane: " + path_ +
                    ": it was moved while it was written, and its new name is "

@@ -97,8 +97,7 @@ corvane::TakeResult Record(const Options& options, ProcessLog* log,
   {
     corvane::Progress progress(console, take.capture_path, options.rate,
                                options.frames());
-    corvane::CaptureLock lock;
-    result = corvane::Recorder(&engine, &sound, take, &lock, &progress).Run();
+    result = corvane::Recorder(&engine, &sound, take, {}, &progress).Run();
   }
   engine.Shutdown();
   lines.Flush();
@@ -120,11 +119,11 @@ int64_t FramesDue(int64_t fed) { return (fed + kAacFrame - 1) / kAacFrame + 1; }
 void JudgeFile(const Options& options, const corvane::TakeResult& take,
                const FrameCount& count, Complaints* complaints) {
   if (take.error) complaints->push_back(corvane::describe(*take.error));
-  if (!take.sealed) {
+  if (!take.has_sealed()) {
     complaints->push_back("the take was not sealed");
     return;
   }
-  const corvane::SealedCapture& sealed = *take.sealed;
+  const corvane::SealedCapture& sealed = *take.parts[0].sealed;
   const int64_t frames = FramesDue(options.frames());
   const int64_t duration_ms = frames * kAacFrame * 1000 / options.rate;
   Expect("sample frames fed", options.frames(), take.frames, complaints);
