@@ -9,7 +9,9 @@ _corvane() {
   elif [[ $word == -* ]]; then
     case ${COMP_WORDS[1]} in
       record | resume)
-        words="-i -r -c -b --flush-every --realtime --chunk-ms --raw --force"
+        words="-i -r -c -b --duration --flush-every --realtime --chunk-ms"
+        words+=" --raw --force"
+        [[ ${COMP_WORDS[1]} == record ]] && words+=" --split"
         ;;
       finalize) words="--force" ;;
       repair-wav) words="-r -c --force" ;;
@@ -22,6 +24,7 @@ _corvane() {
       -b) words="32k 64k 96k 128k 192k" ;;
       --flush-every) words="0 0.2 1 5" ;;
       --chunk-ms) words="10 20 50 100" ;;
+      --duration | --split) words="90 5m 1h 1:30:00" ;;
       *)
         compopt -o filenames 2>/dev/null
         mapfile -t COMPREPLY < <(compgen -f -- "$word")

@@ -141,11 +141,12 @@ void Feeder::ReadChunk() {
 void Feeder::PassOn(const std::function<void()>& next_part) {
   const size_t whole = filled_ - filled_ % frame_bytes_;
   if (progress_ != nullptr) progress_->Hear(chunk_.data(), whole);
-  size_t at = is_paused() ? whole : 0;
+  size_t at = is_paused() && source_->wait_fd() >= 0 ? whole : 0;
   while (at < whole && !ending_->has_come()) {
     if (left_in_part_ == 0) {
       left_in_part_ = *options_.part_frames;
       next_part();
+      continue;  // it may have ended the take
     }
     const auto frames = static_cast<size_t>(
         std::min({static_cast<int64_t>((whole - at) / frame_bytes_),

@@ -77,26 +77,19 @@ bool Part::Claim() {
   return true;
 }
 
-void Part::AwaitBegin() { AwaitAnswers(); }
-
 void Part::Watch() {
   if (lock_.is_open() && lock_.IsRemoved()) ending_->Come(TakeEnd::kRemoved);
 }
 
 // "stop" seals what is at the path, which must be this part.
 void Part::Seal() {
-  AwaitBegin();
+  AwaitAnswers();
   if (!result_.started) return;
   if (!lock_.is_open() || lock_.IsAt(absolute_path_)) {
     Send("stop", nullptr);
   } else {
     SealElsewhere();
   }
-}
-
-void Part::SealAndWait() {
-  Seal();
-  AwaitAnswers();
 }
 
 void Part::SealElsewhere() {

@@ -47,17 +47,15 @@ class Part {
 
   // Has the plugin open the file. A part that is another's is cancelled.
   void Begin();
-  // Until then nobody knows whether it started.
-  void AwaitBegin();
+  // Until all that it has asked for is answered; whether it started, too.
+  void AwaitAnswers();
 
   // Ends the take when no name leads to the file any more.
   void Watch();
 
-  // Has the plugin seal the file, wherever it is by now. It waits for the
-  // answers only where more than one call is needed.
+  // Has the plugin seal the file, wherever it is by now. It waits for answers
+  // only where more than one call is needed.
   void Seal();
-  // The same, and waits for the seal.
-  void SealAndWait();
 
   PartResult& result() { return result_; }
 
@@ -67,7 +65,6 @@ class Part {
   void SealElsewhere();
   std::string SaveElsewhere();
   void Send(const char* method, FlValue* args);
-  void AwaitAnswers();
   FlValue* ArgsWith(const std::string& path) const;
 
   Engine* const engine_;

@@ -48,7 +48,7 @@ Recorder::Recorder(Engine* engine, AudioSource* source, TakeOptions options,
 TakeResult Recorder::Run() {
   if (feeder_.AwaitAudio()) {
     BeginPart(std::move(first_lock_));
-    parts_.back().AwaitBegin();
+    parts_.back().AwaitAnswers();
   }
   if (!parts_.empty() && parts_.back().result().started) {
     const int64_t start_us = g_get_monotonic_time();
@@ -61,7 +61,8 @@ TakeResult Recorder::Run() {
       feeder_.Run([this] { NextPart(); });
     }
     EndPart();
-    parts_.back().SealAndWait();
+    parts_.back().Seal();
+    for (Part& part : parts_) part.AwaitAnswers();
     result_.wall_us = g_get_monotonic_time() - start_us;
   }
   CollectResult();
