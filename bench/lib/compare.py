@@ -16,8 +16,8 @@ import time
 import machine
 from measure import FOLDER, Bench, Failed
 
-SECTIONS = ("take", "instructions", "startup", "duration", "cold", "kills",
-            "growth")
+SECTIONS = ("take", "live", "instructions", "startup", "duration", "cold",
+            "kills", "growth")
 RESULT = FOLDER / "compare.json"
 TABLES = FOLDER / "tables.md"
 

@@ -4,13 +4,19 @@ Times are in seconds, memory is in KiB.
 """
 
 import array
+import contextlib
 import dataclasses
+import fcntl
 import os
 import pathlib
+import pty
 import shutil
 import statistics
+import struct
 import subprocess
 import sys
+import termios
+import threading
 import wave
 
 BUILD = pathlib.Path("build/bench")
@@ -18,7 +24,7 @@ FOLDER = pathlib.Path("build/compare")
 VOICES = pathlib.Path("/usr/share/sounds/alsa")
 PROGRAMS = ("ffmpeg", "ffprobe", "faad", "mediainfo", "gst-launch-1.0")
 ELEMENTS = ("rawaudioparse", "audioconvert", "avenc_aac", "aacparse",
-            "progressreport")  # of GStreamer, each in a package of its own
+            "progressreport", "alsasrc")  # of GStreamer, each in a package of its own
 TOO_LONG_SECONDS = 900  # whatever takes longer hangs
 
 
@@ -32,6 +38,7 @@ class Cost:
     status: int  # as a shell tells it; 128 and more for a signal
     stdout: bytes
     stderr: bytes
+    wakeups: int = 0
 
 
 class Failed(Exception):
@@ -48,21 +55,58 @@ def measure(command, stdin_path=None):
     report = FOLDER / f"cost-{os.getpid()}.txt"
     with open(stdin_path or "/dev/null", "rb") as source:
         done = subprocess.run(
-            [str(BUILD / "run_measured"), str(report), *map(str, command)],
-            stdin=source, capture_output=True, timeout=TOO_LONG_SECONDS,
-            check=False)
-    if done.returncode != 0 or not report.exists():
+            measuring(command, report), stdin=source, capture_output=True,
+            timeout=TOO_LONG_SECONDS, check=False)
+    return cost_of(command, report, done.returncode, done.stdout, done.stderr)
+
+
+def measure_on_terminal(command, environment):
+    """The same with a terminal of 80 columns as standard error, as a person
+    has who looks on; the Cost has what was written there."""
+    report = FOLDER / f"cost-{os.getpid()}.txt"
+    master, terminal = pty.openpty()
+    fcntl.ioctl(terminal, termios.TIOCSWINSZ, struct.pack("4H", 24, 80, 0, 0))
+    with subprocess.Popen(
+            measuring(command, report), env={**os.environ, **environment},
+            stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
+            stderr=terminal) as process:
+        os.close(terminal)
+        screen = threading.Thread(target=read_to_end, args=(master, seen := []))
+        screen.start()
+        output = process.stdout.read()
+        process.wait(TOO_LONG_SECONDS)
+        screen.join()
+    os.close(master)
+    return cost_of(command, report, process.returncode, output, b"".join(seen))
+
+
+def read_to_end(terminal, pieces):
+    with contextlib.suppress(OSError):  # EIO: nobody has it open any more
+        while piece := os.read(terminal, 65536):
+            pieces.append(piece)
+
+
+def measuring(command, report):
+    return [str(BUILD / "run_measured"), str(report), *map(str, command)]
+
+
+def cost_of(command, report, returncode, stdout, stderr):
+    if returncode != 0 or not report.exists():
         raise Failed(f"{command[0]} could not be measured: "
-                     f"{done.stderr.decode(errors='replace').strip()}")
-    cpu_us, wall_us, max_rss_kib, status = map(int, report.read_text().split())
+                     f"{stderr.decode(errors='replace').strip()}")
+    cpu_us, wall_us, max_rss_kib, status, wakeups = map(
+        int, report.read_text().split())
     report.unlink()
-    return Cost(cpu_us / 1e6, wall_us / 1e6, max_rss_kib, status, done.stdout,
-                done.stderr)
+    return Cost(cpu_us / 1e6, wall_us / 1e6, max_rss_kib, status, stdout,
+                stderr, wakeups)
 
 
 def measure_success(command, stdin_path=None):
     """The Cost of a command that must succeed."""
-    cost = measure(command, stdin_path)
+    return must_succeed(command, measure(command, stdin_path))
+
+
+def must_succeed(command, cost):
     if cost.status != 0:
         raise Failed(f"{' '.join(map(str, command))}\nended with status "
                      f"{cost.status}: "

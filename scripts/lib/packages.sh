@@ -17,12 +17,15 @@ bench_packages=("${run_packages[@]}" libbenchmark-dev jq)
 # To compare with what else records AAC or tells how long it is. The rivals come
 # by themselves, for what cannot be had of them is left out.
 # shellcheck disable=SC2034 # for those who source this
-compare_packages=("${bench_packages[@]}" python3 strace valgrind)
+compare_packages=(
+  "${bench_packages[@]}" python3 strace valgrind
+  pulseaudio pulseaudio-utils libasound2-plugins
+)
 # shellcheck disable=SC2034
 rival_packages=(
   faad mediainfo
   gstreamer1.0-tools gstreamer1.0-plugins-base gstreamer1.0-plugins-good
-  gstreamer1.0-libav
+  gstreamer1.0-libav gstreamer1.0-alsa
 )
 
 # To test: the second compiler with its sanitizers and checkers, GoogleTest,
