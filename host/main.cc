@@ -54,6 +54,7 @@ int run(int argc, char** argv, corvane::Console* console,
   const auto line = corvane::parse_command_line(argc, argv, &status);
   if (!line) return status;
   console->SetVerbosity(line->verbosity);
+  if (line->take.no_meter) console->DropLiveLine();
   switch (line->command) {
     case corvane::Command::kRecord:
       return corvane::run_record(line->take, console, log);

@@ -173,6 +173,8 @@ void add_take_options(CLI::App* command, bool has_capture,
       ->check(within(1, 1000));
   command->add_flag("--raw", arguments->raw,
                     "Take raw audio as samples however it starts");
+  command->add_flag("--no-meter", arguments->no_meter,
+                    "Show no line with level, time and size");
   command->add_flag("--force", arguments->force,
                     "Do what is refused for its format or its look");
   command->callback(

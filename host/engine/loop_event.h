@@ -17,6 +17,9 @@ class LoopEvent {
  public:
   // Comes once, when `fd` (borrowed) can be read, has ended or has failed.
   static LoopEvent Readable(int fd);
+  // Comes again and again, as long as `fd` (borrowed) can be read, has ended or
+  // has failed.
+  static LoopEvent WhileReadable(int fd, std::function<void()> run);
   // Comes once, when the monotonic clock (g_get_monotonic_time) says so. That
   // clock stands still while the machine is suspended.
   static LoopEvent At(int64_t monotonic_us, std::function<void()> run = {});

@@ -1,101 +1,31 @@
 #include "take/progress.h"
 
 #include <glib.h>
-#include <sys/stat.h>
 
 #include <algorithm>
-#include <cstdio>
 #include <utility>
-#include <vector>
 
+#include "take/room.h"
 #include "terminal/wording.h"
 
 namespace corvane {
 namespace {
 
 constexpr int64_t kDrawIntervalUs = 100'000;
-constexpr size_t kMinBarWidth = 5;   // "[===]"
-constexpr size_t kMaxBarWidth = 42;  // longer ones only part the figures
-constexpr int kWideColumns = 60;     // from here on figures stand further apart
-
-template <typename... Args>
-std::string format(const char* pattern, Args... args) {
-  char text[64];
-  std::snprintf(text, sizeof(text), pattern, args...);
-  return text;
-}
-
-// 0:07, 12:34, 1:02:03
-std::string clock_time(double seconds) {
-  const auto whole = static_cast<long long>(seconds);
-  const long long hours = whole / 3600;
-  const long long minutes = whole / 60 % 60;
-  if (hours == 0) return format("%lld:%02lld", minutes, whole % 60);
-  return format("%lld:%02lld:%02lld", hours, minutes, whole % 60);
-}
-
-std::string bar(double share, size_t width) {
-  const size_t inner = width - 2;
-  const auto filled = static_cast<size_t>(static_cast<double>(inner) * share);
-  return "[" + std::string(filled, '=') + std::string(inner - filled, ' ') +
-         "]";
-}
-
-// Live sound comes every few milliseconds.
-constexpr double kStallS = 2;
-
-std::string stall(double silent_s) {
-  return "no audio for " + clock_time(silent_s);
-}
-
-// The figures in the order in which a narrow terminal gives them up, the last
-// one first.
-std::vector<std::string> pieces_of(const ProgressFigures& figures,
-                                   double speed) {
-  std::vector<std::string> pieces = {clock_time(figures.audio_s)};
-  if (figures.silent_s >= kStallS) pieces.push_back(stall(figures.silent_s));
-  pieces.push_back(file_size(figures.bytes));
-  pieces.push_back(format("%.1fx", speed));
-  if (figures.total_s && speed > 0) {
-    const double left_s =
-        std::max(0.0, *figures.total_s - figures.audio_s) / speed;
-    pieces.push_back(clock_time(left_s) + " left");
-  }
-  return pieces;
-}
+// A file system that hangs is not asked more often than it must be.
+constexpr int64_t kDiskIntervalUs = 2'000'000;
+constexpr int64_t kClippingUs = 1'500'000;
+// From here on the take's own rate counts, and no longer what was asked for.
+constexpr double kKnownRateS = 10;
 
 }  // namespace
 
-std::string format_progress(const ProgressFigures& figures, int columns) {
-  const auto room = static_cast<size_t>(std::max(columns - 1, 0));
-  if (!figures.has_begun) {
-    const std::string line = figures.silent_s < kStallS
-                                 ? "waiting for audio"
-                                 : stall(figures.silent_s);
-    return line.substr(0, room);
-  }
-  const double speed =
-      figures.elapsed_s > 0 ? figures.audio_s / figures.elapsed_s : 0;
-  const std::string gap = columns < kWideColumns ? " " : "  ";
-  std::string line;
-  for (const std::string& piece : pieces_of(figures, speed)) {
-    const std::string longer = line.empty() ? piece : line + gap + piece;
-    if (longer.size() > room && !line.empty()) return line;
-    line = longer;
-  }
-  const size_t used = line.size() + gap.size();
-  const double total_s = figures.total_s.value_or(0);
-  if (total_s <= 0 || used + kMinBarWidth > room) return line;
-  const double share = std::min(1.0, figures.audio_s / total_s);
-  return bar(share, std::min(room - used, kMaxBarWidth)) + gap + line;
-}
-
-Progress::Progress(Console* console, std::string capture_path, int sample_rate,
-                   std::optional<int64_t> total_frames)
+Progress::Progress(Console* console, TakeOutlook outlook)
     : console_(console),
-      capture_path_(std::move(capture_path)),
-      sample_rate_(sample_rate),
-      total_frames_(total_frames),
+      outlook_(std::move(outlook)),
+      style_(style_of_environment()),
+      capture_path_(outlook_.capture_path),
+      level_(outlook_.format),
       start_us_(g_get_monotonic_time()),
       next_draw_us_(start_us_ + kDrawIntervalUs) {}
 
@@ -104,26 +34,82 @@ Progress::~Progress() { console_->Live(""); }
 void Progress::Begin() {
   has_begun_ = true;
   start_us_ = g_get_monotonic_time();
+  bytes_at_start_ = size_at(capture_path_);
 }
 
-void Progress::Update(int64_t recorded_frames, int64_t silent_us) {
-  if (!is_shown()) return;
+void Progress::Hear(const uint8_t* pcm, size_t size) {
+  if (is_shown()) level_.Hear(pcm, size);
+}
+
+void Progress::SetCapturePath(std::string path) {
+  earlier_bytes_ += size_at(capture_path_);
+  capture_path_ = std::move(path);
+}
+
+void Progress::Update(int64_t recorded_frames, int64_t waiting_us) {
   const int64_t now_us = g_get_monotonic_time();
   if (now_us < next_draw_us_) return;
   next_draw_us_ = now_us + kDrawIntervalUs;
-
-  ProgressFigures figures;
-  figures.has_begun = has_begun_;
-  figures.silent_s = static_cast<double>(silent_us) / 1e6;
-  const double rate = sample_rate_;
-  figures.audio_s = static_cast<double>(recorded_frames) / rate;
-  if (total_frames_) {
-    figures.total_s = static_cast<double>(*total_frames_) / rate;
+  audio_s_ = static_cast<double>(recorded_frames) /
+             std::max(outlook_.format.sample_rate, 1);
+  const bool looks_at_disk = has_begun_ && now_us >= next_disk_us_;
+  if (!is_shown() && !looks_at_disk) return;
+  bytes_ = earlier_bytes_ + size_at(capture_path_);
+  if (looks_at_disk) {
+    next_disk_us_ = now_us + kDiskIntervalUs;
+    LookAtTheDisk();
   }
-  struct stat file = {};
-  if (stat(capture_path_.c_str(), &file) == 0) figures.bytes = file.st_size;
+  if (is_shown()) Draw(now_us, waiting_us);
+}
+
+void Progress::LookAtTheDisk() {
+  const auto free_bytes = free_bytes_at(capture_path_);
+  if (!free_bytes) return;
+  double bytes_per_s = static_cast<double>(outlook_.bit_rate) / 8;
+  if (audio_s_ >= kKnownRateS) {
+    bytes_per_s = static_cast<double>(bytes_ - bytes_at_start_) / audio_s_;
+  }
+  room_s_ = static_cast<double>(*free_bytes) / std::max(bytes_per_s, 1.0);
+  const auto left_s = LeftOfInput();
+  const bool is_enough =
+      *room_s_ >= kLittleRoomS || (left_s && *left_s < *room_s_);
+  if (is_enough || has_warned_) return;
+  has_warned_ = true;
+  console_->Complain(capture_path_ + ": warning: the disk has room for " +
+                     rough_time(*room_s_) + " more; free some, or the take " +
+                     "ends there");
+}
+
+void Progress::Draw(int64_t now_us, int64_t waiting_us) {
+  LiveFigures figures;
+  figures.has_begun = has_begun_;
+  figures.waiting_s = static_cast<double>(waiting_us) / 1e6;
+  figures.audio_s = audio_s_;
+  if (outlook_.total_frames) figures.total_s = audio_s_ + *LeftOfInput();
   figures.elapsed_s = static_cast<double>(now_us - start_us_) / 1e6;
-  console_->Live(format_progress(figures, console_->Columns()));
+  figures.bytes = bytes_;
+  figures.room_s = room_s_;
+  figures.levels = level_.channels();
+  figures.quiet_s = level_.quiet_s();
+  figures.still_s = level_.still_s();
+  figures.is_clipping = IsClipping(now_us);
+  figures.is_paused = is_paused_;
+  console_->Live(format_live_line(figures, console_->Columns(), style_));
+}
+
+// Held for as long as it takes to read it.
+bool Progress::IsClipping(int64_t now_us) {
+  if (level_.clips() != std::exchange(seen_clips_, level_.clips())) {
+    clipping_until_us_ = now_us + kClippingUs;
+  }
+  return now_us < clipping_until_us_;
+}
+
+std::optional<double> Progress::LeftOfInput() const {
+  if (!outlook_.total_frames) return std::nullopt;
+  const double total_s = static_cast<double>(*outlook_.total_frames) /
+                         std::max(outlook_.format.sample_rate, 1);
+  return std::max(0.0, total_s - audio_s_);
 }
 
 }  // namespace corvane

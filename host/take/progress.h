@@ -1,35 +1,31 @@
-// The live line of a take: how much audio, how large, how fast, and where the
-// length is known, how long it will take; or that nothing comes.
+// What a person sees of a take while it runs: its live line, and a warning
+// when the disk is about to be full.
 #ifndef CORVANE_HOST_TAKE_PROGRESS_H_
 #define CORVANE_HOST_TAKE_PROGRESS_H_
 
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string>
 
+#include "audio/level.h"
+#include "take/live_line.h"
 #include "terminal/console.h"
 
 namespace corvane {
 
-struct ProgressFigures {
-  bool has_begun = false;         // the first audio has come
-  double silent_s = 0;            // since audio came, while it is waited for
-  double audio_s = 0;             // recorded so far
-  std::optional<double> total_s;  // the whole input, where it is known
-  int64_t bytes = 0;              // the capture's size
-  double elapsed_s = 0;           // on the clock
+// What is known of a take beforehand.
+struct TakeOutlook {
+  std::string capture_path;
+  PcmFormat format;
+  int64_t bit_rate = 64000;             // bit/s
+  std::optional<int64_t> total_frames;  // the whole input, where it is known
 };
-
-// At most `columns` - 1 columns, so that no terminal wraps it. What does not
-// fit is left out, the bar first; the recorded time always stands.
-std::string format_progress(const ProgressFigures& figures, int columns);
 
 class Progress {
  public:
-  // Shows the take written to `capture_path` on `console` (borrowed). Rates
-  // are in Hz, lengths in sample frames.
-  Progress(Console* console, std::string capture_path, int sample_rate,
-           std::optional<int64_t> total_frames);
+  // Shows the take on `console` (borrowed).
+  Progress(Console* console, TakeOutlook outlook);
   // Takes the line away.
   ~Progress();
   Progress(const Progress&) = delete;
@@ -41,24 +37,43 @@ class Progress {
   // The first audio has come, and the clock runs from now on.
   void Begin();
 
-  // The take goes on in another file.
-  void SetCapturePath(std::string path) { capture_path_ = std::move(path); }
-  void SetPaused(bool /*is_paused*/) {}
-  // What has been read: whole sample frames.
-  void Hear(const uint8_t* /*pcm*/, size_t /*size*/) {}
+  // What was read from the source, while the take is paused too: whole sample
+  // frames. Nothing is done with it where no line is shown.
+  void Hear(const uint8_t* pcm, size_t size);
+
+  void SetPaused(bool is_paused) { is_paused_ = is_paused; }
+
+  // The take goes on in another file. Its size is that of all of them.
+  void SetCapturePath(std::string path);
 
   // Redraws, at most ten times a second; cheap when there is nothing to draw.
-  // `silent_us` is how long audio has been waited for by now.
-  void Update(int64_t recorded_frames, int64_t silent_us);
+  // `waiting_us` is how long audio has been waited for by now.
+  void Update(int64_t recorded_frames, int64_t waiting_us);
 
  private:
+  void LookAtTheDisk();
+  void Draw(int64_t now_us, int64_t waiting_us);
+  bool IsClipping(int64_t now_us);
+  std::optional<double> LeftOfInput() const;
+
   Console* const console_;
+  const TakeOutlook outlook_;
+  const Style style_;
   std::string capture_path_;
-  const int sample_rate_;
-  const std::optional<int64_t> total_frames_;
+  Level level_;
   bool has_begun_ = false;
+  bool is_paused_ = false;
+  double audio_s_ = 0;          // recorded so far
+  int64_t earlier_bytes_ = 0;   // of the take, in files before this one
+  int64_t bytes_at_start_ = 0;  // of what was there before the take
+  int64_t bytes_ = 0;           // of all of them
+  std::optional<double> room_s_;
+  bool has_warned_ = false;
+  int64_t seen_clips_ = 0;
+  int64_t clipping_until_us_ = 0;
   int64_t start_us_;
   int64_t next_draw_us_;
+  int64_t next_disk_us_ = 0;
 };
 
 }  // namespace corvane

@@ -1,5 +1,7 @@
 #include "take/run_take.h"
 
+#include <unistd.h>
+
 #include <csignal>
 #include <optional>
 #include <utility>
@@ -11,6 +13,7 @@
 #include "take/take_report.h"
 #include "take/take_signals.h"
 #include "terminal/exit_status.h"
+#include "terminal/keyboard.h"
 #include "terminal/wording.h"
 
 namespace corvane {
@@ -37,6 +40,27 @@ void on_signal(int signal, Recorder* recorder, Console* console) {
   }
 }
 
+constexpr char kKeys[] =
+    "keys: space pauses and goes on, m marks the moment, q stops and seals, "
+    "? shows this";
+
+void on_key(char key, Recorder* recorder, Console* console) {
+  switch (key) {
+    case ' ':  // to come: recorder->TogglePause()
+      break;
+    case 'm':  // to come: recorder->Mark()
+      break;
+    case 'q':
+      recorder->Stop(TakeEnd::kSignal);
+      break;
+    case '?':
+      console->Line(kKeys);
+      break;
+    default:
+      break;
+  }
+}
+
 TakeResult record_take(const TakeOptions& options, AudioSource* source,
                        CaptureLock lock, Console* console, LogOutput* log) {
   Engine engine;
@@ -44,11 +68,13 @@ TakeResult record_take(const TakeOptions& options, AudioSource* source,
   show_log_lines(&engine, log, &skipped_bytes);
   TakeResult take;
   {
-    Progress progress(console, options.capture_path,
-                      source->format().sample_rate, source->total_frames());
+    Progress progress(console, {options.capture_path, source->format(),
+                                options.bit_rate, source->total_frames()});
     Recorder recorder(&engine, source, options, std::move(lock), &progress);
     const TakeSignals signals(
         [&](int signal) { on_signal(signal, &recorder, console); });
+    const Keyboard keyboard(STDIN_FILENO, console, kKeys,
+                            [&](char key) { on_key(key, &recorder, console); });
     take = recorder.Run();
   }
   engine.Shutdown();

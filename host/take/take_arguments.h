@@ -26,6 +26,7 @@ struct TakeArguments {
   int64_t duration_us = 0;   // of audio; 0: to the source's end
   int64_t split_us = 0;      // of audio in a part; 0: one part
   bool raw = false;          // standard input is samples, however it starts
+  bool no_meter = false;     // no live line
   bool force = false;        // do what is refused
 };
 

@@ -20,6 +20,12 @@ bool moves_cursor(int fd) {
   return isatty(fd) == 1 && term != nullptr && std::string(term) != "dumb";
 }
 
+// Of a terminal that isn't the process's own nobody says.
+bool is_in_background_of(int fd) {
+  const pid_t foreground = tcgetpgrp(fd);
+  return foreground > 0 && foreground != getpgrp();
+}
+
 // A file takes all that comes, or fails.
 bool may_block(int fd) {
   struct stat file = {};
@@ -65,6 +71,7 @@ void Console::Line(std::string_view text) {
 
 void Console::Live(std::string text) {
   if (!has_live_line()) return;
+  if (is_in_background_of(fd_)) text.clear();
   const std::lock_guard<std::mutex> lock(mutex_);
   if (text.empty() && live_.empty()) return;
   live_ = std::move(text);

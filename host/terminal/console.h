@@ -34,10 +34,14 @@ class Console {
   Verbosity verbosity() const { return verbosity_; }
   bool is_verbose() const { return verbosity_ == Verbosity::kVerbose; }
 
+  // From here on there is no live line.
+  void DropLiveLine() { is_live_line_wanted_ = false; }
+
   // Whether a live line is to be shown, and can be: on a terminal that moves
   // its cursor.
   bool has_live_line() const {
-    return has_live_line_ && verbosity_ != Verbosity::kQuiet;
+    return has_live_line_ && is_live_line_wanted_ &&
+           verbosity_ != Verbosity::kQuiet;
   }
 
   // The terminal's width at this moment, in columns; 80 when unknown.
@@ -58,6 +62,7 @@ class Console {
   void Flush();
 
   // Replaces the live line; empty takes it away. `text` must fit the width.
+  // A background job has none: the line is where somebody types.
   void Live(std::string text);
 
  private:
@@ -67,6 +72,7 @@ class Console {
   // Where `fd` may block.
   const std::unique_ptr<PatientWriter> writer_;
   const bool has_live_line_;
+  bool is_live_line_wanted_ = true;
   Verbosity verbosity_ = Verbosity::kNormal;
   std::mutex mutex_;  // guards live_ and the order of what is written
   std::string live_;

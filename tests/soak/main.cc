@@ -95,8 +95,10 @@ corvane::TakeResult Record(const Options& options, ProcessLog* log,
   take.feed.chunk_ms = 20;
   corvane::TakeResult result;
   {
-    corvane::Progress progress(console, take.capture_path, options.rate,
-                               options.frames());
+    corvane::Progress progress(console, {take.capture_path,
+                                         {options.rate, options.channels},
+                                         take.bit_rate,
+                                         options.frames()});
     result = corvane::Recorder(&engine, &sound, take, {}, &progress).Run();
   }
   engine.Shutdown();
