@@ -41,8 +41,19 @@ void Progress::Hear(const uint8_t* pcm, size_t size) {
   if (is_shown()) level_.Hear(pcm, size);
 }
 
+// Paused time says nothing of the speed.
+void Progress::SetPaused(bool is_paused) {
+  const int64_t now_us = g_get_monotonic_time();
+  if (paused_since_us_) start_us_ += now_us - *paused_since_us_;
+  paused_since_us_.reset();
+  if (is_paused) paused_since_us_ = now_us;
+}
+
 void Progress::SetCapturePath(std::string path) {
-  earlier_bytes_ += size_at(capture_path_);
+  if (has_begun_) {
+    earlier_bytes_ += size_at(previous_path_);
+    previous_path_ = std::move(capture_path_);
+  }
   capture_path_ = std::move(path);
 }
 
@@ -54,7 +65,7 @@ void Progress::Update(int64_t recorded_frames, int64_t waiting_us) {
              std::max(outlook_.format.sample_rate, 1);
   const bool looks_at_disk = has_begun_ && now_us >= next_disk_us_;
   if (!is_shown() && !looks_at_disk) return;
-  bytes_ = earlier_bytes_ + size_at(capture_path_);
+  bytes_ = earlier_bytes_ + size_at(previous_path_) + size_at(capture_path_);
   if (looks_at_disk) {
     next_disk_us_ = now_us + kDiskIntervalUs;
     LookAtTheDisk();
@@ -86,14 +97,15 @@ void Progress::Draw(int64_t now_us, int64_t waiting_us) {
   figures.waiting_s = static_cast<double>(waiting_us) / 1e6;
   figures.audio_s = audio_s_;
   if (outlook_.total_frames) figures.total_s = audio_s_ + *LeftOfInput();
-  figures.elapsed_s = static_cast<double>(now_us - start_us_) / 1e6;
+  figures.elapsed_s =
+      static_cast<double>(paused_since_us_.value_or(now_us) - start_us_) / 1e6;
   figures.bytes = bytes_;
   figures.room_s = room_s_;
   figures.levels = level_.channels();
   figures.quiet_s = level_.quiet_s();
   figures.still_s = level_.still_s();
   figures.is_clipping = IsClipping(now_us);
-  figures.is_paused = is_paused_;
+  figures.is_paused = paused_since_us_.has_value();
   console_->Live(format_live_line(figures, console_->Columns(), style_));
 }
 

@@ -41,7 +41,7 @@ class Progress {
   // frames. Nothing is done with it where no line is shown.
   void Hear(const uint8_t* pcm, size_t size);
 
-  void SetPaused(bool is_paused) { is_paused_ = is_paused; }
+  void SetPaused(bool is_paused);
 
   // The take goes on in another file. Its size is that of all of them.
   void SetCapturePath(std::string path);
@@ -60,11 +60,12 @@ class Progress {
   const TakeOutlook outlook_;
   const Style style_;
   std::string capture_path_;
+  std::string previous_path_;  // whose end may still be written
   Level level_;
   bool has_begun_ = false;
-  bool is_paused_ = false;
+  std::optional<int64_t> paused_since_us_;
   double audio_s_ = 0;          // recorded so far
-  int64_t earlier_bytes_ = 0;   // of the take, in files before this one
+  int64_t earlier_bytes_ = 0;   // of the take, in files before both
   int64_t bytes_at_start_ = 0;  // of what was there before the take
   int64_t bytes_ = 0;           // of all of them
   std::optional<double> room_s_;

@@ -41,24 +41,13 @@ void on_signal(int signal, Recorder* recorder, Console* console) {
 }
 
 constexpr char kKeys[] =
-    "keys: space pauses and goes on, m marks the moment, q stops and seals, "
-    "? shows this";
+    "keys: space pauses and goes on, m marks the moment, q stops and seals";
 
 void on_key(char key, Recorder* recorder, Console* console) {
-  switch (key) {
-    case ' ':  // to come: recorder->TogglePause()
-      break;
-    case 'm':  // to come: recorder->Mark()
-      break;
-    case 'q':
-      recorder->Stop(TakeEnd::kSignal);
-      break;
-    case '?':
-      console->Line(kKeys);
-      break;
-    default:
-      break;
-  }
+  if (key == ' ') tell_pause(*recorder, recorder->TogglePause(), console);
+  if (key == 'm') tell_mark(recorder->Mark(), console);
+  if (key == 'q') recorder->Stop(TakeEnd::kKey);
+  if (key == '?') console->Line(kKeys);
 }
 
 TakeResult record_take(const TakeOptions& options, AudioSource* source,
@@ -73,7 +62,7 @@ TakeResult record_take(const TakeOptions& options, AudioSource* source,
     Recorder recorder(&engine, source, options, std::move(lock), &progress);
     const TakeSignals signals(
         [&](int signal) { on_signal(signal, &recorder, console); });
-    const Keyboard keyboard(STDIN_FILENO, console, kKeys,
+    const Keyboard keyboard(STDIN_FILENO, console,
                             [&](char key) { on_key(key, &recorder, console); });
     take = recorder.Run();
   }

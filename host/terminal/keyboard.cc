@@ -16,11 +16,9 @@ constexpr char kEscape = '\x1b';
 
 }  // namespace
 
-Keyboard::Keyboard(int fd, Console* console, std::string hint,
-                   std::function<void(char)> on_key)
+Keyboard::Keyboard(int fd, Console* console, std::function<void(char)> on_key)
     : fd_(fd),
       console_(console),
-      hint_(std::move(hint)),
       on_key_(std::move(on_key)),
       job_control_([this] { Leave(); }, [this] { Attend(); }) {
   if (isatty(fd_) != 1) return;
@@ -36,7 +34,7 @@ void Keyboard::Attend() {
   if (!keys_) {
     keys_.emplace(LoopEvent::WhileReadable(fd_, [this] { OnReadable(); }));
   }
-  if (!hint_.empty()) console_->Note(std::exchange(hint_, {}));
+  if (!std::exchange(has_hinted_, true)) console_->Note("? shows the keys");
 }
 
 void Keyboard::BePatient() {

@@ -5,7 +5,6 @@
 
 #include <functional>
 #include <optional>
-#include <string>
 
 #include "engine/loop_event.h"
 #include "terminal/console.h"
@@ -18,11 +17,10 @@ namespace corvane {
 class Keyboard {
  public:
   // Runs `on_key` on the main context for each key that is pressed on `fd`,
-  // where that is a terminal; both it and `console` are borrowed. When the
-  // keys first come here `hint` is noted on the console. Ctrl-Z takes the live
-  // line away and stops the process, whatever `fd` is.
-  Keyboard(int fd, Console* console, std::string hint,
-           std::function<void(char)> on_key);
+  // where that is a terminal; both it and `console` are borrowed. That "?"
+  // shows them is noted there. Ctrl-Z takes the live line away and stops the
+  // process, whatever `fd` is.
+  Keyboard(int fd, Console* console, std::function<void(char)> on_key);
   // Gives the terminal back.
   ~Keyboard() = default;
   Keyboard(const Keyboard&) = delete;
@@ -36,7 +34,7 @@ class Keyboard {
 
   const int fd_;
   Console* const console_;
-  std::string hint_;
+  bool has_hinted_ = false;
   const std::function<void(char)> on_key_;
   std::optional<TerminalLoan> loan_;   // of a terminal
   std::optional<LoopEvent> keys_;      // while it is held
