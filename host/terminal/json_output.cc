@@ -19,6 +19,8 @@ Json json_of(const SealedCapture& sealed) {
 
 bool print_json(const Json& json, const std::string& consolation,
                 Console* console) {
+  // Both may be one terminal, and the live line has to be gone from it.
+  console->Flush();
   // A path may be any bytes; JSON is UTF-8.
   const std::string text =
       json.dump(-1, ' ', false, Json::error_handler_t::replace);
