@@ -1,4 +1,5 @@
 // The `corvane` command line: an application of the plugin without Flutter.
+#include <alsa/asoundlib.h>
 #include <fcntl.h>
 #include <unistd.h>
 
@@ -6,6 +7,7 @@
 #include <cstdarg>
 
 #include "commands/command_line.h"
+#include "commands/devices_command.h"
 #include "commands/finalize_command.h"
 #include "commands/record_command.h"
 #include "commands/repair_wav_command.h"
@@ -47,6 +49,19 @@ void relay_libav(void* /*context*/, int level, const char* format,
         g_strchomp(text));
 }
 
+// The same for ALSA, which would write to standard error whatever one of its
+// plug-ins has met.
+void relay_alsa(const char* /*file*/, int /*line*/, const char* function,
+                int error, const char* format, ...) {
+  va_list values;
+  va_start(values, format);
+  g_autofree gchar* text = g_strdup_vprintf(format, values);
+  va_end(values);
+  const char* const reason = error == 0 ? "" : snd_strerror(error);
+  g_log(corvane::LogOutput::kAlsaDomain, G_LOG_LEVEL_MESSAGE, "%s: %s%s%s",
+        function, g_strchomp(text), error == 0 ? "" : ": ", reason);
+}
+
 // Runs what the command line asks for; returns the exit status.
 int run(int argc, char** argv, corvane::Console* console,
         corvane::LogOutput* log) {
@@ -62,6 +77,8 @@ int run(int argc, char** argv, corvane::Console* console,
       return corvane::run_resume(line->take, console, log);
     case corvane::Command::kFinalize:
       return corvane::run_finalize(line->finalize, console, log);
+    case corvane::Command::kDevices:
+      return corvane::run_devices(line->devices_as_json, console);
     case corvane::Command::kRepairWav:
       return corvane::run_repair_wav(line->repair_wav, console, log);
   }
@@ -74,6 +91,7 @@ int main(int argc, char** argv) {
   fill_standard_descriptors();
   ignore_write_signals();
   av_log_set_callback(relay_libav);
+  snd_lib_error_set_handler(relay_alsa);
   // GLib keeps its log writer to the very end, so neither is ever freed.
   auto* const console = new corvane::Console(STDERR_FILENO);
   auto* const log = new corvane::LogOutput(console);

@@ -39,6 +39,7 @@ class FileSource : public AudioSource {
     return info_.frames;
   }
   int wait_fd() const override { return -1; }
+  std::string how_to_continue() const override { return "-i REST"; }
   bool has_ended() const override { return has_ended_; }
   std::string error() const override { return error_; }
 
@@ -121,6 +122,7 @@ class RawSource : public AudioSource {
   std::string name() const override { return "standard input"; }
   std::optional<int64_t> total_frames() const override { return std::nullopt; }
   int wait_fd() const override { return fd_; }
+  std::string how_to_continue() const override { return "-i -"; }
   bool has_ended() const override { return has_ended_; }
   std::string error() const override { return error_; }
 
@@ -179,8 +181,9 @@ std::string why_unusable(const std::string& path) {
   }
   // A read that waits for another process could not be interrupted.
   if (!S_ISREG(file.st_mode)) {
-    return "not a regular file; pipe raw s16le in instead (with -r and -c, "
-           "without -i)";
+    return "not a regular file; pipe raw s16le in instead (with -i - and -r "
+           "and "
+           "-c)";
   }
   return "";
 }

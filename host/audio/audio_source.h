@@ -51,6 +51,10 @@ class AudioSource {
   // What went wrong while reading, as a clause; empty while all is well.
   virtual std::string error() const = 0;
 
+  // What says behind `corvane resume FILE` that this source is meant, or one
+  // like it; empty where that is so without a word.
+  virtual std::string how_to_continue() const = 0;
+
   // Nothing where audio can't be lost on its way, or nobody would know.
   virtual std::optional<Overruns> overruns() const { return std::nullopt; }
 };

@@ -1,7 +1,5 @@
 #include "commands/command_line.h"
 
-#include <unistd.h>
-
 #include <CLI/CLI.hpp>
 #include <cmath>
 #include <cstdint>
@@ -9,6 +7,7 @@
 
 #include "commands/help_texts.h"
 #include "commands/time_word.h"
+#include "commands/take_usage.h"
 #include "commands/usage_hint.h"
 #include "terminal/exit_status.h"
 
@@ -65,27 +64,6 @@ void add_format(CLI::App* command, const char* rate_help, int* sample_rate,
   command->add_option("-c", *channels, channels_help)
       ->type_name("N")
       ->check(within(1, most_channels));
-}
-
-// What the options alone tell to be wrong. A take that goes on has a capture
-// that knows its format.
-void check_usage(const TakeArguments& arguments, bool has_capture) {
-  if (arguments.input != "-") {
-    if (!arguments.raw) return;
-    throw CLI::ValidationError(
-        "--raw is for samples on standard input; leave it out, or pipe the "
-        "file in instead of naming it with -i");
-  }
-  if (!has_capture && (arguments.sample_rate == 0 || arguments.channels == 0)) {
-    throw CLI::ValidationError(
-        "raw audio on standard input needs its rate and channels, "
-        "as in -r 48000 -c 1; a file is named with -i");
-  }
-  if (isatty(STDIN_FILENO) == 1) {
-    throw CLI::ValidationError(
-        "standard input is a terminal; pipe raw s16le audio in, or "
-        "name a file with -i");
-  }
 }
 
 // A comparison with what is not a number is false, and CLI::Range goes by
@@ -158,11 +136,18 @@ void add_take_options(CLI::App* command, bool has_capture,
            &arguments->duration_us);
   command
       ->add_option("-i", arguments->input,
-                   "Audio file; without it, or as -, raw stdin")
+                   "Audio file, or - for raw stdin [the microphone]")
       ->type_name("FILE")
       ->check(file_name());
-  add_format(command, "Sample rate of raw audio", &arguments->sample_rate,
-             "Channels of raw audio, 1 to 6", INT32_MAX, &arguments->channels);
+  command
+      ->add_option("-D,--device", arguments->device,
+                   "Record from this device; see corvane devices")
+      ->type_name("NAME")
+      ->check(file_name());
+  add_format(command, "Rate, of raw audio or to record at [48000]",
+             &arguments->sample_rate,
+             "Channels of raw audio or to record, 1 to 6 [1]", INT32_MAX,
+             &arguments->channels);
   add_rate_options(command, arguments);
   command->add_flag("--realtime", arguments->realtime,
                     "Feed no faster than the audio plays");
@@ -177,8 +162,10 @@ void add_take_options(CLI::App* command, bool has_capture,
                     "Show no line with level, time and size");
   command->add_flag("--force", arguments->force,
                     "Do what is refused for its format or its look");
-  command->callback(
-      [arguments, has_capture] { check_usage(*arguments, has_capture); });
+  command->callback([arguments, has_capture] {
+    const std::string objection = objection_to_usage(*arguments, has_capture);
+    if (!objection.empty()) throw CLI::ValidationError(objection);
+  });
 }
 
 CLI::App* add_record(CLI::App* app, TakeArguments* arguments) {
@@ -225,6 +212,14 @@ CLI::App* add_repair_wav(CLI::App* app, RepairWavArguments* arguments) {
   return command;
 }
 
+CLI::App* add_devices(CLI::App* app, bool* as_json) {
+  CLI::App* command =
+      app->add_subcommand("devices", "List what can be recorded from");
+  command->add_flag("--json", *as_json, "As one array of JSON");
+  command->footer(kDevicesNotes);
+  return command;
+}
+
 std::vector<std::string> names_in(const CLI::App& app) {
   std::vector<std::string> names;
   for (const CLI::App* command : app.get_subcommands({})) {
@@ -252,6 +247,7 @@ std::optional<CommandLine> parse_command_line(int argc, char** argv,
   const CLI::App* record = add_record(&app, &line.take);
   const CLI::App* resume = add_resume(&app, &line.take);
   const CLI::App* finalize = add_finalize(&app, &line.finalize);
+  const CLI::App* devices = add_devices(&app, &line.devices_as_json);
   add_repair_wav(&app, &line.repair_wav);
   for (CLI::App* command : app.get_subcommands({})) {
     add_verbosity(command, &line.verbosity);
@@ -265,6 +261,7 @@ std::optional<CommandLine> parse_command_line(int argc, char** argv,
   line.command = record->parsed()     ? Command::kRecord
                  : resume->parsed()   ? Command::kResume
                  : finalize->parsed() ? Command::kFinalize
+                 : devices->parsed()  ? Command::kDevices
                                       : Command::kRepairWav;
   return line;
 }

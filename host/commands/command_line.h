@@ -12,13 +12,14 @@
 
 namespace corvane {
 
-enum class Command { kRecord, kResume, kFinalize, kRepairWav };
+enum class Command { kRecord, kResume, kFinalize, kDevices, kRepairWav };
 
 struct CommandLine {
   Command command = Command::kRecord;
   TakeArguments take;  // of record and resume
   FinalizeArguments finalize;
   Verbosity verbosity = Verbosity::kNormal;
+  bool devices_as_json = false;
   RepairWavArguments repair_wav;
 };
 

@@ -41,6 +41,16 @@ The figures of the whole capture come as JSON on standard output, all else on
 standard error. Exit status: 0 done, 1 failed, 2 wrong usage.
 )";
 
+constexpr char kDevicesNotes[] =
+    R"(The star marks what is recorded from without -D. The list is on standard
+output; the device's name goes behind -D as it stands there, in quotes where the
+shell needs them:
+
+  corvane record -D 'hw:CARD=USB,DEV=0' take.aac
+
+Exit status: 0 done, 1 failed, 2 wrong usage.
+)";
+
 constexpr char kFinalizeNotes[] =
     R"(Cuts off a frame that was torn, makes the file durable, and verifies that it
 holds audio; nothing else in it is changed. A capture plays without this too.

@@ -66,9 +66,14 @@ KeptAudio kept_audio(const CaptureLook& look) {
           look.scan.sample_rate};
 }
 
-// Raw PCM says nothing of itself: what -r and -c leave open is the capture's.
+bool is_file(const TakeArguments& arguments) {
+  return !arguments.input.empty() && arguments.input != "-";
+}
+
+// Raw PCM says nothing of itself, and a device is asked for it: what -r and -c
+// leave open is the capture's.
 TakeArguments completed(TakeArguments arguments, const CaptureLook& look) {
-  if (arguments.input != "-" || !look.format) return arguments;
+  if (is_file(arguments) || !look.format) return arguments;
   if (arguments.sample_rate == 0) {
     arguments.sample_rate = look.format->sample_rate;
   }

@@ -5,7 +5,9 @@
 #include <algorithm>
 #include <cmath>
 
+#include "audio/microphone.h"
 #include "looks/dead_wav.h"
+#include "take/loss_line.h"
 #include "terminal/exit_status.h"
 #include "terminal/way_out.h"
 
@@ -53,10 +55,24 @@ std::unique_ptr<AudioSource> open_raw(const TakeArguments& arguments,
   return nullptr;
 }
 
+std::unique_ptr<AudioSource> open_device(const TakeArguments& arguments,
+                                         Console* console, int* status) {
+  const std::string name = arguments.device.value_or("");
+  DeviceError error;
+  auto source = open_microphone(
+      name, {arguments.sample_rate, arguments.channels},
+      [console](const Loss& loss) { console->Line(line_of(loss)); }, &error);
+  if (source != nullptr) return source;
+  console->Complain(device_title(name) + ": " + error.text);
+  *status = error.is_of_format ? kExitUsage : kExitFailed;
+  return nullptr;
+}
+
 }  // namespace
 
 std::unique_ptr<AudioSource> open_source(const TakeArguments& arguments,
                                          Console* console, int* status) {
+  if (arguments.input.empty()) return open_device(arguments, console, status);
   if (arguments.input == "-") return open_raw(arguments, console, status);
   std::string error = objection_to_dead_wav(arguments.input);
   std::unique_ptr<AudioSource> source;

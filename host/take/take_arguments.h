@@ -16,10 +16,12 @@ namespace corvane {
 
 struct TakeArguments {
   std::string output;
-  std::string input = "-";  // a file, or "-" for raw PCM on standard input
-  int sample_rate = 0;      // Hz; 0 when not given
-  int channels = 0;         // 0 when not given
-  std::optional<int64_t> bit_rate;  // bit/s
+  // A file, "-" for raw PCM on standard input, or empty for a sound device.
+  std::string input;
+  std::optional<std::string> device;  // ALSA's name; its default if not given
+  int sample_rate = 0;                // Hz; 0 when not given
+  int channels = 0;                   // 0 when not given
+  std::optional<int64_t> bit_rate;    // bit/s
   bool realtime = false;
   std::optional<int> chunk_ms;
   double flush_every_s = 1;  // 0: never

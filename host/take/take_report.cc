@@ -61,8 +61,9 @@ std::string disagreement(const TakeOptions& options, const AudioSource& source,
 
 // The command that goes on with the capture.
 std::string resume_command(const std::string& path, const AudioSource& source) {
+  const std::string input = source.how_to_continue();
   return "corvane resume " + shell_word(path) +
-         (source.wait_fd() < 0 ? " -i REST" : " -i -");
+         (input.empty() ? "" : " " + input);
 }
 
 // What is left of a take that failed, and how to go on.

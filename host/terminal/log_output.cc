@@ -51,6 +51,10 @@ void LogOutput::OnGlibMessage(GLogLevelFlags level, const GLogField* fields,
     waiting_.push_back({kLibavDomain, std::string(message)});
     return;
   }
+  if (domain == kAlsaDomain) {
+    if (console_->is_verbose()) console_->Line("alsa: " + std::string(message));
+    return;
+  }
   if (g_log_writer_default_would_drop(
           level, domain.empty() ? nullptr : domain.c_str())) {
     return;

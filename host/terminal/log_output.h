@@ -22,6 +22,8 @@ class LogOutput {
 
   // The domain under which libav's own remarks come.
   static constexpr char kLibavDomain[] = "libav";
+  // And ALSA's, which only matter to who looks for a fault.
+  static constexpr char kAlsaDomain[] = "alsa";
 
   // Makes this GLib's only log writer, for the rest of the process (GLib takes
   // one writer and never lets go of it), so this must live as long. All of it

@@ -31,6 +31,7 @@ class LiveSource : public corvane::AudioSource {
   std::string name() const override { return "live"; }
   std::optional<int64_t> total_frames() const override { return std::nullopt; }
   int wait_fd() const override { return readable_.get(); }
+  std::string how_to_continue() const override { return "-i -"; }
   bool has_ended() const override { return has_ended_; }
   std::string error() const override { return ""; }
 

@@ -26,6 +26,7 @@ class SilentSource : public corvane::AudioSource {
   std::string name() const override { return "silence"; }
   std::optional<int64_t> total_frames() const override { return 480000; }
   int wait_fd() const override { return readable_.get(); }
+  std::string how_to_continue() const override { return "-i -"; }
   std::string error() const override { return ""; }
   bool has_ended() const override { return left_ == 0; }
   size_t Read(uint8_t* out, size_t size) override {

@@ -27,6 +27,7 @@ class EndlessSound : public corvane::AudioSource {
   std::string name() const override { return "speech without end"; }
   std::optional<int64_t> total_frames() const override { return total_; }
   int wait_fd() const override { return -1; }
+  std::string how_to_continue() const override { return "-i REST"; }
   bool has_ended() const override { return read_ == total_; }
   size_t Read(uint8_t* out, size_t size) override;
   std::string error() const override { return ""; }
