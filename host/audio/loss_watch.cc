@@ -32,9 +32,8 @@ std::optional<Loss> LossWatch::OnDrained(int64_t now_us, int64_t frames) {
 // Behind the new start the lag is what the loss has made of it.
 void LossWatch::OnReported(LossCause cause, int64_t frames) {
   ++overruns_.count;
-  if (reported_) return;
   if (!usual_lag_us_) usual_lag_us_ = least_lag_us_;
-  reported_ = Loss{cause, AudioUs(frames), 0};
+  if (!reported_) reported_ = Loss{cause, AudioUs(frames), 0};
   least_lag_us_.reset();
 }
 

@@ -139,16 +139,21 @@ void Microphone::Recover(int64_t error) {
   if (error != -ESTRPIPE) return Fail("it stopped", error);
   const int resumed = snd_pcm_resume(pcm_.get());
   if (resumed == -EAGAIN) return Rest(kSuspendRestUs);
-  // Not every device can go on by itself; the others begin anew.
-  if (resumed < 0) return StartAgain(LossCause::kSuspend);
+  // Not every device can go on by itself, nor does every plug-in say so.
+  if (resumed < 0 || snd_pcm_state(pcm_.get()) == SND_PCM_STATE_SUSPENDED) {
+    return StartAgain(LossCause::kSuspend);
+  }
   losses_.OnReported(LossCause::kSuspend, read_frames_);
 }
 
 void Microphone::StartAgain(LossCause cause) {
-  losses_.OnReported(cause, read_frames_);
   int failed = snd_pcm_prepare(pcm_.get());
   if (failed == 0) failed = snd_pcm_start(pcm_.get());
-  if (failed < 0) Fail("it can't be started again", failed);
+  if (failed < 0) {
+    Fail("it stopped, and can't be started again", failed);
+    return;
+  }
+  losses_.OnReported(cause, read_frames_);
 }
 
 void Microphone::Fail(const char* what, int64_t error) {
