@@ -42,7 +42,8 @@ TEST_F(UsageTest, AnUnknownCommandLikeNoneNamesThemAll) {
   for (const std::string word : {"", "erase", "take.aac", "x\ny"}) {
     ShouldRefuse(Corvane({word, take_}),
                  "there is no command \"" + corvane::printable(word) +
-                     "\"; there are record, resume, finalize, repair-wav");
+                     "\"; there are record, resume, finalize, "
+                     "devices, repair-wav");
   }
 }
 
@@ -92,13 +93,15 @@ TEST_F(UsageTest, AFormatThatAdtsHasNoNumberForIsRefused) {
   Corvane({"record", take_, "-i", MakeWav("in.wav", Sine(4096))});
   const Bytes held = ReadFile(take_);
   for (const std::string command : {"record", "resume"}) {
-    ShouldRefuse(Corvane({command, "-q", take_, "-r", "44000", "-c", "1"}),
-                 "standard input: ADTS has no index for 44000 Hz; feed it "
-                 "44100 Hz instead, and say so with -r and -c");
-    ShouldRefuse(Corvane({command, "-q", take_, "-r", "48000", "-c", "7"}),
-                 "standard input: ADTS cannot express 7 channels; feed it "
-                 "48000 Hz and 1 to 6 channels instead, and say so with -r "
-                 "and -c");
+    ShouldRefuse(
+        Corvane({command, "-q", take_, "-i", "-", "-r", "44000", "-c", "1"}),
+        "standard input: ADTS has no index for 44000 Hz; feed it "
+        "44100 Hz instead, and say so with -r and -c");
+    ShouldRefuse(
+        Corvane({command, "-q", take_, "-i", "-", "-r", "48000", "-c", "7"}),
+        "standard input: ADTS cannot express 7 channels; feed it "
+        "48000 Hz and 1 to 6 channels instead, and say so with -r "
+        "and -c");
   }
   EXPECT_EQ(ReadFile(take_), held);
 }
@@ -136,7 +139,7 @@ TEST_F(UsageTest, RawInputNeedsItsRateAndChannels) {
   const std::string mistake =
       "raw audio on standard input needs its rate and channels, as in -r "
       "48000 -c 1; a file is named with -i";
-  ShouldRefuse(Corvane({"record", take_}), mistake);
+  ShouldRefuse(Corvane({"record", take_, "-i", "-"}), mistake);
   ShouldRefuse(Corvane({"record", take_, "-i", "-", "-r", "48000"}), mistake);
   ShouldRefuse(Corvane({"record", take_, "-i", "-", "-c", "1"}), mistake);
   EXPECT_FALSE(Exists(take_));
@@ -165,7 +168,8 @@ TEST_F(UsageTest, RawIsNotForAFileThatIsNamed) {
 TEST_F(UsageTest, HelpFitsATerminalOfEightyColumns) {
   for (const Words& words :
        {Words{"--help"}, Words{"record", "--help"}, Words{"resume", "--help"},
-        Words{"finalize", "--help"}, Words{"repair-wav", "--help"}}) {
+        Words{"finalize", "--help"}, Words{"devices", "--help"},
+        Words{"repair-wav", "--help"}}) {
     const ChildResult run = Corvane(words);
     EXPECT_EQ(run.status, 0);
     EXPECT_EQ(run.err, "");
