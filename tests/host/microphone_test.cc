@@ -39,7 +39,7 @@ using corvane::Loss;
 using corvane::LossCause;
 using corvane::PcmFormat;
 
-constexpr int kRate = 48000;
+constexpr int kMicrophoneRate = 48000;
 constexpr int64_t kToleranceUs = 20000;
 
 std::string Ramp(const std::string& script, const std::string& more = "") {
@@ -60,7 +60,7 @@ class MicrophoneTest : public ::testing::Test {
   // Reads until there are so many sample frames, or the source ends.
   void ReadFrames(size_t frames) {
     const size_t bytes_per_frame = source_->format().bytes_per_frame();
-    Bytes piece(kRate * bytes_per_frame);
+    Bytes piece(kMicrophoneRate * bytes_per_frame);
     while (read_.size() < frames * bytes_per_frame && !source_->has_ended()) {
       pollfd entry = {source_->wait_fd(), POLLIN, 0};
       ASSERT_GT(poll(&entry, 1, 10000), 0) << "nothing came";
@@ -75,7 +75,7 @@ class MicrophoneTest : public ::testing::Test {
   void ReadPastTheLoss() {
     while (losses_.empty() && !source_->has_ended()) {
       ReadFrames(Frames() + 1);
-      ASSERT_LT(Frames(), 8U * kRate) << "nothing was told";
+      ASSERT_LT(Frames(), 8U * kMicrophoneRate) << "nothing was told";
     }
   }
 
@@ -101,7 +101,9 @@ class MicrophoneTest : public ::testing::Test {
     return jumps;
   }
 
-  static int64_t AudioUs(int frames) { return frames * 1000000LL / kRate; }
+  static int64_t AudioUs(int frames) {
+    return frames * 1000000LL / kMicrophoneRate;
+  }
 
   // One loss, for this reason, as long as the ramp says, and counted once.
   void ShouldHaveLost(LossCause cause) {
@@ -127,7 +129,7 @@ class MicrophoneTest : public ::testing::Test {
 TEST_F(MicrophoneTest, EverySampleComesThroughOnce) {
   Open(Ramp(""));
   ASSERT_NE(source_, nullptr) << error_.text;
-  ReadFrames(kRate);
+  ReadFrames(kMicrophoneRate);
   EXPECT_EQ(Sample(0), 0);
   EXPECT_EQ(Jumps(), std::vector<int>());
   EXPECT_EQ(source_->overruns()->count, 0);
@@ -136,7 +138,7 @@ TEST_F(MicrophoneTest, EverySampleComesThroughOnce) {
 TEST_F(MicrophoneTest, ASecondOfSoundWakesTwentyTimes) {
   Open(Ramp(""));
   ASSERT_NE(source_, nullptr) << error_.text;
-  ReadFrames(kRate);
+  ReadFrames(kMicrophoneRate);
   EXPECT_LE(wake_ups_, 24);
 }
 
@@ -194,7 +196,7 @@ TEST_F(MicrophoneTest, TwoOverrunsInARowAreTwo) {
 TEST_F(MicrophoneTest, ADeviceThatVanishesEndsTheTake) {
   Open(Ramp("24000 gone 0"));
   ASSERT_NE(source_, nullptr) << error_.text;
-  ReadFrames(kRate);
+  ReadFrames(kMicrophoneRate);
   EXPECT_TRUE(source_->has_ended());
   EXPECT_EQ(read_.size(), 2 * 24000U);
   EXPECT_EQ(source_->error(), "the device has vanished (No such device)");
@@ -204,7 +206,7 @@ TEST_F(MicrophoneTest, ADeviceThatVanishesEndsTheTake) {
 TEST_F(MicrophoneTest, AFaultThatNothingMendsEndsTheTake) {
   Open(Ramp("24000 broken 0"));
   ASSERT_NE(source_, nullptr) << error_.text;
-  ReadFrames(kRate);
+  ReadFrames(kMicrophoneRate);
   EXPECT_TRUE(source_->has_ended());
   EXPECT_EQ(read_.size(), 2 * 24000U);
   EXPECT_EQ(source_->error(), "it stopped (Input/output error)");
