@@ -12,8 +12,8 @@
 namespace corvane {
 namespace {
 
-// To the line's start, and everything right of it blank.
-constexpr char kEraseLine[] = "\r\x1b[K";
+// To the line's start, and everything behind it blank.
+constexpr char kErase[] = "\r\x1b[J";
 
 bool moves_cursor(int fd) {
   const char* term = std::getenv("TERM");
@@ -63,10 +63,10 @@ int Console::Columns() const {
 
 void Console::Line(std::string_view text) {
   const std::lock_guard<std::mutex> lock(mutex_);
-  std::string out = live_.empty() ? "" : kEraseLine;
+  std::string out = live_.empty() ? "" : kErase;
   out += printable(text);
   // One write, so that the line is never seen without the one below it.
-  Write(out + "\n" + live_);
+  Write(out + "\n" + drawn());
 }
 
 void Console::Live(std::string text) {
@@ -77,8 +77,12 @@ void Console::Live(std::string text) {
   live_ = std::move(text);
   // One that is old by the time it is read helps nobody, but it has to go.
   if (writer_ != nullptr && writer_->is_behind() && !live_.empty()) return;
-  Write(kEraseLine + live_);
+  Write(kErase + drawn());
 }
+
+// The cursor stays at its start: where a narrowed terminal wraps the line, all
+// of it stands behind the cursor.
+std::string Console::drawn() const { return live_.empty() ? "" : live_ + "\r"; }
 
 void Console::Flush() {
   if (writer_ != nullptr) writer_->Flush(std::chrono::seconds(1));

@@ -44,6 +44,9 @@ class Console {
            verbosity_ != Verbosity::kQuiet;
   }
 
+  // The terminal that shows the live line; -1 where none is to be shown.
+  int live_fd() const { return has_live_line() ? fd_ : -1; }
+
   // The terminal's width at this moment, in columns; 80 when unknown.
   int Columns() const;
 
@@ -66,6 +69,7 @@ class Console {
   void Live(std::string text);
 
  private:
+  std::string drawn() const;
   void Write(std::string_view text);
 
   const int fd_;

@@ -22,7 +22,7 @@ Keyboard::Keyboard(int fd, Console* console, std::function<void(char)> on_key)
       on_key_(std::move(on_key)),
       job_control_([this] { Leave(); }, [this] { Attend(); }) {
   if (isatty(fd_) != 1) return;
-  loan_.emplace(fd_);
+  loan_.emplace(fd_, console_->live_fd());
   Attend();
 }
 

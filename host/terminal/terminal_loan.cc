@@ -1,5 +1,6 @@
 #include "terminal/terminal_loan.h"
 
+#include <poll.h>
 #include <termios.h>
 #include <unistd.h>
 
@@ -13,6 +14,7 @@ struct Loan {
   std::atomic<bool> is_held = false;
   int fd = -1;
   termios before = {};
+  int live_fd = -1;
 };
 
 // A handler of a signal that ends the program has nothing else to go by.
@@ -47,8 +49,18 @@ void give_back() {
   if (is_foreground_of(the_loan.fd)) set(the_loan.fd, the_loan.before);
 }
 
+// A terminal that Ctrl-S has stopped is left alone.
+void erase_live_line() {
+  pollfd entry = {the_loan.live_fd, POLLOUT, 0};
+  if (poll(&entry, 1, 0) != 1) return;
+  constexpr char kErase[] = "\x1b[0m\r\x1b[J";
+  [[maybe_unused]] const ssize_t written =
+      write(the_loan.live_fd, kErase, sizeof(kErase) - 1);
+}
+
 // The default action takes its course when this returns.
 void on_fatal(int signal) {
+  if (the_loan.is_held) erase_live_line();
   give_back();
   raise(signal);
 }
@@ -57,7 +69,8 @@ void on_fatal(int signal) {
 
 bool is_foreground_of(int fd) { return tcgetpgrp(fd) == getpgrp(); }
 
-TerminalLoan::TerminalLoan(int fd) : fd_(fd) {
+TerminalLoan::TerminalLoan(int fd, int live_fd) : fd_(fd) {
+  the_loan.live_fd = live_fd;
   struct sigaction action = {};
   action.sa_handler = on_fatal;
   action.sa_flags = static_cast<int>(SA_RESETHAND);

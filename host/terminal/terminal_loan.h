@@ -15,8 +15,9 @@ bool is_foreground_of(int fd);
 // Of one thread, and one at a time.
 class TerminalLoan {
  public:
-  // Nothing is taken yet. `fd` is borrowed.
-  explicit TerminalLoan(int fd);
+  // Nothing is taken yet. A program that crashes takes away the live line on
+  // `live_fd`, if that isn't negative. Both are borrowed.
+  TerminalLoan(int fd, int live_fd);
   // Gives the terminal back.
   ~TerminalLoan();
   TerminalLoan(const TerminalLoan&) = delete;

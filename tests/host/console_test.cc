@@ -75,9 +75,9 @@ TEST(ConsoleTest, ALineErasesTheLiveLineAndBringsItBackBelow) {
   console.Live("");
   console.Line("more");
   const std::string shown =
-      "\r\x1b[K0:01"
-      "\r\x1b[Knews\r\n0:01"
-      "\r\x1b[K"
+      "\r\x1b[J0:01\r"
+      "\r\x1b[Jnews\r\n0:01\r"
+      "\r\x1b[J"
       "more\r\n";
   EXPECT_EQ(terminal.Text(shown.size()), shown);
 }

@@ -117,8 +117,7 @@ std::string Screens(const Style& style) {
     text << "== " << columns << " columns\n";
     for (const Moment& moment : Moments()) {
       SmallScreen screen(columns);
-      screen.Write("\r\x1b[K" +
-                   format_live_line(moment.figures, columns, style));
+      screen.Write(format_live_line(moment.figures, columns, style));
       text << moment.name << "\n|" << screen.Text() << "|\n";
     }
     text << "\n";

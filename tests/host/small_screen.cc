@@ -18,7 +18,7 @@ size_t bytes_of_character(char first) {
 }  // namespace
 
 SmallScreen::SmallScreen(int columns, Colours colours)
-    : columns_(static_cast<size_t>(columns)), colours_(colours) {}
+    : columns_(static_cast<size_t>(std::max(columns, 1))), colours_(colours) {}
 
 void SmallScreen::Write(const std::string& text) {
   for (size_t at = 0; at < text.size();) {
@@ -28,10 +28,10 @@ void SmallScreen::Write(const std::string& text) {
     }
     const size_t size = bytes_of_character(text[at]);
     if (text[at] == '\r') {
-      column_ = 0;
+      at_ -= at_ % columns_;
     } else if (text[at] == '\n') {
       lines_.emplace_back();
-      column_ = 0;
+      at_ = 0;
     } else {
       Put(text.substr(at, size));
     }
@@ -40,19 +40,14 @@ void SmallScreen::Write(const std::string& text) {
 }
 
 void SmallScreen::Put(const std::string& character) {
-  if (column_ >= std::max<size_t>(columns_, 1)) {
-    lines_.emplace_back();
-    column_ = 0;
-    has_wrapped_ = true;
-  }
   Line& line = lines_.back();
-  if (line.size() <= column_) line.resize(column_ + 1);
-  line[column_] = {character, colour_};
-  widest_ = std::max(widest_, ++column_);
+  if (line.size() <= at_) line.resize(at_ + 1);
+  line[at_] = {character, colour_};
+  widest_ = std::max(widest_, ++at_);
 }
 
 size_t SmallScreen::Escape(const std::string& text, size_t at) {
-  const size_t end = text.find_first_of("Km", at);
+  const size_t end = text.find_first_of("Jm", at);
   if (text.compare(at, 2, "\x1b[") != 0 || end == std::string::npos) {
     ADD_FAILURE() << "no sequence of ours: " << text.substr(at);
     return text.size();
@@ -62,7 +57,7 @@ size_t SmallScreen::Escape(const std::string& text, size_t at) {
     SetColour(code);
   } else {
     EXPECT_EQ(code, "");
-    lines_.back().resize(std::min(lines_.back().size(), column_));
+    lines_.back().resize(std::min(lines_.back().size(), at_));
   }
   return end + 1;
 }
@@ -79,38 +74,39 @@ void SmallScreen::SetColour(const std::string& code) {
 }
 
 void SmallScreen::Resize(int columns) {
-  columns_ = static_cast<size_t>(columns);
-  std::vector<Line> wrapped;
-  for (const Line& line : lines_) {
-    size_t from = 0;
-    do {
-      const size_t to = std::min(line.size(), from + columns_);
-      wrapped.emplace_back(line.begin() + static_cast<ptrdiff_t>(from),
-                           line.begin() + static_cast<ptrdiff_t>(to));
-      from = to;
-    } while (from < line.size());
-  }
-  lines_ = wrapped;
-  column_ = lines_.back().size();
+  columns_ = static_cast<size_t>(std::max(columns, 1));
 }
 
 std::string SmallScreen::Text() const {
   std::string text;
   for (const Line& line : lines_) {
     if (&line != &lines_.front()) text += "\n";
-    std::string shown;
-    std::string colour;
-    for (const Cell& cell : line) {
-      if (colours_ == Colours::kShown && cell.colour != colour) {
-        colour = cell.colour;
-        shown += "<" + (colour.empty() ? "n" : colour) + ">";
-      }
-      shown += cell.character;
+    for (size_t at = 0; at < line.size() || at == 0; at += columns_) {
+      if (at > 0) text += "\n";
+      text += Shown(line.data() + at,
+                    line.data() + std::min(at + columns_, line.size()));
     }
-    shown.erase(shown.find_last_not_of(' ') + 1);
-    text += shown;
   }
   return text;
+}
+
+std::string SmallScreen::CursorLine() const {
+  const Line& line = lines_.back();
+  return Shown(line.data(), line.data() + line.size());
+}
+
+std::string SmallScreen::Shown(const Cell* begin, const Cell* end) const {
+  std::string shown;
+  std::string colour;
+  for (const Cell* cell = begin; cell < end; ++cell) {
+    if (colours_ == Colours::kShown && cell->colour != colour) {
+      colour = cell->colour;
+      shown += "<" + (colour.empty() ? "n" : colour) + ">";
+    }
+    shown += cell->character;
+  }
+  shown.erase(shown.find_last_not_of(' ') + 1);
+  return shown;
 }
 
 }  // namespace corvane_test

@@ -61,18 +61,18 @@ TEST_F(WaitingLineTest, ShowsTheTimeGoneByAndLeavesNothing) {
   Console console(terminal_);
   {
     const WaitingLine line(&console, "sealing", milliseconds(0));
-    Await("\r\x1b[Ksealing 0:00.0");
-    Await("\r\x1b[Ksealing 0:00.2");
+    Await("\r\x1b[Jsealing 0:00.0");
+    Await("\r\x1b[Jsealing 0:00.2");
   }
   console.Line("end");
   // Nothing but the erased line stands before it.
-  Await("\r\x1b[Kend\r\n");
+  Await("\r\x1b[Jend\r\n");
 }
 
 TEST_F(WaitingLineTest, NeverReachesTheLastColumn) {
   Console console(terminal_);
   const WaitingLine line(&console, "sealing a capture", milliseconds(0));
-  Await("\r\x1b[Ksealing a capture 0\r");
+  Await("\r\x1b[Jsealing a capture 0\r");
 }
 
 TEST_F(WaitingLineTest, ShortWorkShowsNothing) {
