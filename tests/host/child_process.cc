@@ -15,6 +15,30 @@
 extern char** environ;
 
 namespace corvane_test {
+
+std::vector<std::string> merged_environment(
+    const std::map<std::string, std::string>& added) {
+  std::vector<std::string> result;
+  for (char** entry = environ; *entry != nullptr; ++entry) {
+    const std::string text = *entry;
+    if (added.count(text.substr(0, text.find('='))) == 0) {
+      result.push_back(text);
+    }
+  }
+  for (const auto& [name, value] : added) result.push_back(name + "=" + value);
+  return result;
+}
+
+std::vector<char*> pointers_to(const std::vector<std::string>& strings) {
+  std::vector<char*> result;
+  result.reserve(strings.size() + 1);
+  for (const std::string& text : strings) {
+    result.push_back(const_cast<char*>(text.c_str()));
+  }
+  result.push_back(nullptr);
+  return result;
+}
+
 namespace {
 
 // Longer than any test takes: past it the child hangs.
@@ -55,29 +79,6 @@ Pipe make_terminal(int columns) {
   return ends;
 }
 
-std::vector<std::string> merged_environment(
-    const std::map<std::string, std::string>& added) {
-  std::vector<std::string> result;
-  for (char** entry = environ; *entry != nullptr; ++entry) {
-    const std::string text = *entry;
-    if (added.count(text.substr(0, text.find('='))) == 0) {
-      result.push_back(text);
-    }
-  }
-  for (const auto& [name, value] : added) result.push_back(name + "=" + value);
-  return result;
-}
-
-std::vector<char*> pointers(const std::vector<std::string>& strings) {
-  std::vector<char*> result;
-  result.reserve(strings.size() + 1);
-  for (const std::string& text : strings) {
-    result.push_back(const_cast<char*>(text.c_str()));
-  }
-  result.push_back(nullptr);
-  return result;
-}
-
 // The child starts with the signals as a shell would leave them.
 pid_t spawn(const std::vector<std::string>& argv,
             const std::vector<std::string>& environment, int in, int out,
@@ -98,7 +99,8 @@ pid_t spawn(const std::vector<std::string>& argv,
                            POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF);
   pid_t pid = -1;
   check(posix_spawn(&pid, argv[0].c_str(), &actions, &attributes,
-                    pointers(argv).data(), pointers(environment).data()) == 0,
+                    pointers_to(argv).data(),
+                    pointers_to(environment).data()) == 0,
         "posix_spawn");
   posix_spawnattr_destroy(&attributes);
   posix_spawn_file_actions_destroy(&actions);

@@ -13,6 +13,12 @@
 
 namespace corvane_test {
 
+// The test's own environment, with these put in.
+std::vector<std::string> merged_environment(
+    const std::map<std::string, std::string>& added);
+// As exec(3) wants them: they point into `strings`.
+std::vector<char*> pointers_to(const std::vector<std::string>& strings);
+
 struct ChildSetup {
   // Columns of a terminal as standard error; 0 for a pipe.
   int terminal_columns = 0;
