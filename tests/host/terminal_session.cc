@@ -137,6 +137,13 @@ void TerminalSession::Await(const std::string& text) {
   awaited_ = at + text.size();
 }
 
+void TerminalSession::AwaitThat(
+    const std::function<bool(const std::string& shown)>& is) {
+  while (!is(shown_)) {
+    if (!ReadSome()) FAIL() << "was never so:\n" << shown_;
+  }
+}
+
 int TerminalSession::AwaitEnd() {
   Await("[ended ");
   Await("]");

@@ -6,6 +6,7 @@
 #include <sys/types.h>
 #include <termios.h>
 
+#include <functional>
 #include <map>
 #include <string>
 #include <vector>
@@ -40,6 +41,8 @@ class TerminalSession {
   // Reads until `text` is shown behind what was awaited before; fails the test
   // if it never is.
   void Await(const std::string& text);
+  // Reads until everything that was shown so far `is` as it should be.
+  void AwaitThat(const std::function<bool(const std::string& shown)>& is);
   // Waits for the end of the script; returns its status, as a shell tells it.
   int AwaitEnd();
 
