@@ -33,6 +33,7 @@ class ScriptedSource : public corvane::AudioSource {
 
   corvane::PcmFormat format() const override { return {48000, 1}; }
   std::string name() const override { return "script"; }
+  std::string how_to_continue() const override { return "-i -"; }
   std::optional<int64_t> total_frames() const override { return std::nullopt; }
   int wait_fd() const override { return readable_.get(); }
   std::string error() const override { return ""; }
