@@ -14,14 +14,14 @@ using corvane::ChannelLevel;
 using corvane::dbfs;
 using corvane::Level;
 
-constexpr int kRate = 48000;
-constexpr int kPieceMs = 20;
+constexpr int kLevelRate = 48000;
+constexpr int kLevelPieceMs = 20;
 
 // A second of one channel that says for each frame what it is.
 template <typename Wave>
 Bytes SecondOf(Wave wave, double seconds = 1) {
   Bytes pcm;
-  const auto frames = static_cast<int>(kRate * seconds);
+  const auto frames = static_cast<int>(kLevelRate * seconds);
   for (int i = 0; i < frames; ++i) {
     const auto sample =
         static_cast<uint16_t>(static_cast<int16_t>(std::lround(wave(i))));
@@ -33,7 +33,9 @@ Bytes SecondOf(Wave wave, double seconds = 1) {
 
 Bytes SineOf(double peak, double seconds = 1) {
   return SecondOf(
-      [peak](int i) { return peak * std::sin(i * 2 * M_PI * 997 / kRate); },
+      [peak](int i) {
+        return peak * std::sin(i * 2 * M_PI * 997 / kLevelRate);
+      },
       seconds);
 }
 
@@ -53,18 +55,19 @@ Bytes Interleaved(const Bytes& left, const Bytes& right) {
 class LevelTest : public ::testing::Test {
  protected:
   void Hear(const Bytes& pcm) {
-    for (const Bytes& piece : Chunks(pcm, kRate / 1000 * kPieceMs * 2)) {
+    for (const Bytes& piece :
+         Chunks(pcm, kLevelRate / 1000 * kLevelPieceMs * 2)) {
       level_.Hear(piece.data(), piece.size());
     }
   }
   ChannelLevel Now() const { return level_.channels().at(0); }
 
-  Level level_{{kRate, 1}};
+  Level level_{{kLevelRate, 1}};
 };
 
 TEST_F(LevelTest, ASineShowsItsPeak) {
   for (const double db : {0.0, -1.0, -6.0, -20.0, -40.0, -60.0}) {
-    Level level({kRate, 1});
+    Level level({kLevelRate, 1});
     const Bytes pcm = SineOf(32767 * std::pow(10, db / 20));
     level.Hear(pcm.data(), pcm.size());
     EXPECT_NEAR(dbfs(level.channels().at(0).peak), db, 0.15);
@@ -89,7 +92,7 @@ TEST_F(LevelTest, AConstantOffsetHasALevelAndIsNoSignal) {
 }
 
 TEST_F(LevelTest, EachChannelHasItsOwn) {
-  Level level({kRate, 2});
+  Level level({kLevelRate, 2});
   const Bytes pcm = Interleaved(Constant(0), SineOf(3276.8));
   level.Hear(pcm.data(), pcm.size());
   ASSERT_EQ(level.channels().size(), 2U);
@@ -126,9 +129,9 @@ TEST_F(LevelTest, AnOffsetHidesNoSilence) {
 }
 
 TEST_F(LevelTest, DigitalZeroIsStillUntilTheFirstOtherSample) {
-  Hear(Silence(kRate * 7));
+  Hear(Silence(kLevelRate * 7));
   EXPECT_EQ(level_.still_s(), 7);
-  Hear(SecondOf([](int i) { return i == kRate / 2 ? 1 : 0; }));
+  Hear(SecondOf([](int i) { return i == kLevelRate / 2 ? 1 : 0; }));
   EXPECT_NEAR(level_.still_s(), 0.5, 0.06);
   EXPECT_EQ(level_.quiet_s(), 8);
 }
@@ -146,7 +149,7 @@ TEST_F(LevelTest, ThreeSamplesInARowAtFullScaleAreOneClip) {
 
 // The piece ends behind the second of them, and so does the block.
 TEST_F(LevelTest, AClipIsOneAcrossTwoPieces) {
-  constexpr int kBlock = kRate / 20;
+  constexpr int kBlock = kLevelRate / 20;
   Hear(SecondOf([](int i) { return i >= kBlock - 2 ? 32767 : 0; }, 0.05));
   EXPECT_EQ(level_.clips(), 0);
   Hear(SecondOf([](int i) { return i < 1 ? 32767 : 0; }, 0.05));
@@ -154,7 +157,7 @@ TEST_F(LevelTest, AClipIsOneAcrossTwoPieces) {
 }
 
 TEST_F(LevelTest, TheClippingOfOneChannelIsSeenBesideAnother) {
-  Level level({kRate, 2});
+  Level level({kLevelRate, 2});
   const Bytes pcm = Interleaved(
       SineOf(1000), SecondOf([](int i) { return i % 1000 < 4 ? 32767 : 0; }));
   level.Hear(pcm.data(), pcm.size());
@@ -162,8 +165,8 @@ TEST_F(LevelTest, TheClippingOfOneChannelIsSeenBesideAnother) {
 }
 
 TEST_F(LevelTest, PiecesOfAnySizeMakeNoDifference) {
-  const Bytes pcm = Concat(Noise(kRate), Silence(kRate * 2));
-  Level whole({kRate, 1});
+  const Bytes pcm = Concat(Noise(kLevelRate), Silence(kLevelRate * 2));
+  Level whole({kLevelRate, 1});
   whole.Hear(pcm.data(), pcm.size());
   Hear(pcm);
   EXPECT_EQ(Now().peak, whole.channels().at(0).peak);

@@ -17,11 +17,11 @@ using corvane::format_live_line;
 using corvane::LiveFigures;
 using corvane::Style;
 
-constexpr int64_t kMib = 1024 * 1024;
-constexpr int kWidths[] = {200, 120, 80, 40, 20, 1};
-constexpr Style kPlain = {false, false};
-constexpr Style kBlocks = {true, false};
-constexpr Style kColours = {true, true};
+constexpr int64_t kLiveMib = 1024 * 1024;
+constexpr int kScreenWidths[] = {200, 120, 80, 40, 20, 1};
+constexpr Style kPlainStyle = {false, false};
+constexpr Style kBlockStyle = {true, false};
+constexpr Style kColourStyle = {true, true};
 
 // Half an hour of an interview.
 LiveFigures Interview() {
@@ -29,7 +29,7 @@ LiveFigures Interview() {
   figures.has_begun = true;
   figures.audio_s = 1834;
   figures.elapsed_s = 1840;
-  figures.bytes = 14 * kMib;
+  figures.bytes = 14 * kLiveMib;
   figures.room_s = 41 * 3600 + 60;
   figures.levels = {{4125, 8230}};  // -18 and -12 dBFS
   return figures;
@@ -103,7 +103,7 @@ const std::vector<Moment>& Moments() {
       {"hours, and little room", With(Interview(),
                                       [](LiveFigures* f) {
                                         f->audio_s = 11 * 3600 + 62;
-                                        f->bytes = 1536 * kMib;
+                                        f->bytes = 1536 * kLiveMib;
                                         f->room_s = 571;
                                       })},
   };
@@ -113,7 +113,7 @@ const std::vector<Moment>& Moments() {
 // Every moment at every width, as a terminal shows it.
 std::string Screens(const Style& style) {
   std::ostringstream text;
-  for (const int columns : kWidths) {
+  for (const int columns : kScreenWidths) {
     text << "== " << columns << " columns\n";
     for (const Moment& moment : Moments()) {
       SmallScreen screen(columns);
@@ -138,11 +138,11 @@ void ShouldStandIn(const std::string& name, const std::string& screens) {
 }
 
 TEST(LiveLineLayoutTest, BlocksAreDrawnAsTheyAreKept) {
-  ShouldStandIn("live_line.txt", Screens(kBlocks));
+  ShouldStandIn("live_line.txt", Screens(kBlockStyle));
 }
 
 TEST(LiveLineLayoutTest, PlainTextIsDrawnAsItIsKept) {
-  const std::string screens = Screens(kPlain);
+  const std::string screens = Screens(kPlainStyle);
   ShouldStandIn("live_line_ascii.txt", screens);
   for (const char c : screens) EXPECT_TRUE(c == '\n' || (c >= ' ' && c <= '~'));
 }
@@ -152,7 +152,7 @@ TEST(LiveLineLayoutTest, ColoursAreDrawnAsTheyAreKept) {
   std::ostringstream text;
   for (const Moment& moment : Moments()) {
     SmallScreen screen(80, SmallScreen::Colours::kShown);
-    screen.Write(format_live_line(moment.figures, 80, kColours));
+    screen.Write(format_live_line(moment.figures, 80, kColourStyle));
     text << moment.name << "\n|" << screen.Text() << "|\n";
     EXPECT_FALSE(screen.has_colour_left()) << moment.name;
   }
@@ -163,9 +163,9 @@ TEST(LiveLineLayoutTest, ColoursChangeNothingElse) {
   for (const Moment& moment : Moments()) {
     for (int columns = 0; columns <= 220; ++columns) {
       SmallScreen coloured(columns);
-      coloured.Write(format_live_line(moment.figures, columns, kColours));
+      coloured.Write(format_live_line(moment.figures, columns, kColourStyle));
       SmallScreen plain(columns);
-      plain.Write(format_live_line(moment.figures, columns, kBlocks));
+      plain.Write(format_live_line(moment.figures, columns, kBlockStyle));
       EXPECT_EQ(coloured.Text(), plain.Text());
     }
   }
@@ -174,7 +174,7 @@ TEST(LiveLineLayoutTest, ColoursChangeNothingElse) {
 TEST(LiveLineLayoutTest, NoWidthIsEverReached) {
   for (const Moment& moment : Moments()) {
     for (int columns = 0; columns <= 300; ++columns) {
-      for (const Style& style : {kPlain, kBlocks, kColours}) {
+      for (const Style& style : {kPlainStyle, kBlockStyle, kColourStyle}) {
         SmallScreen screen(1000);
         screen.Write(format_live_line(moment.figures, columns, style));
         EXPECT_LE(screen.widest(),
@@ -187,7 +187,8 @@ TEST(LiveLineLayoutTest, NoWidthIsEverReached) {
 
 TEST(LiveLineLayoutTest, TimeAndLevelStandFrom15ColumnsOn) {
   for (int columns = 15; columns <= 220; ++columns) {
-    const std::string line = format_live_line(Interview(), columns, kPlain);
+    const std::string line =
+        format_live_line(Interview(), columns, kPlainStyle);
     EXPECT_NE(line.find("30:34"), std::string::npos) << line;
     EXPECT_NE(line.find("-12 dB"), std::string::npos) << line;
   }
@@ -197,7 +198,7 @@ TEST(LiveLineLayoutTest, AWordGoesBeforeTheLevelWhereBothDontFit) {
   for (int columns = 18; columns <= 220; ++columns) {
     const std::string line = format_live_line(
         With(Interview(), [](LiveFigures* f) { f->still_s = 5.01; }), columns,
-        kPlain);
+        kPlainStyle);
     EXPECT_NE(line.find("NO SIGNAL"), std::string::npos) << line;
   }
 }
@@ -205,13 +206,14 @@ TEST(LiveLineLayoutTest, AWordGoesBeforeTheLevelWhereBothDontFit) {
 TEST(LiveLineLayoutTest, FiveSecondsOfSilenceAreNotYetAWord) {
   const std::string line = format_live_line(
       With(Interview(), [](LiveFigures* f) { f->quiet_s = f->still_s = 5; }),
-      120, kPlain);
-  EXPECT_EQ(line, format_live_line(Interview(), 120, kPlain));
+      120, kPlainStyle);
+  EXPECT_EQ(line, format_live_line(Interview(), 120, kPlainStyle));
 }
 
 TEST(LiveLineLayoutTest, MoreAudioThanPromisedLeavesTheBarFull) {
   const std::string line = format_live_line(
-      With(FileRead(), [](LiveFigures* f) { f->audio_s = 4000; }), 120, kPlain);
+      With(FileRead(), [](LiveFigures* f) { f->audio_s = 4000; }), 120,
+      kPlainStyle);
   EXPECT_EQ(line.rfind("[======", 0), 0U) << line;
   EXPECT_NE(line.find("=]  1:06:40"), std::string::npos) << line;
   EXPECT_NE(line.find("0:00 left"), std::string::npos) << line;
