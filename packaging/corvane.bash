@@ -10,7 +10,7 @@ _corvane() {
     case ${COMP_WORDS[1]} in
       record | resume)
         words="-i -r -c -b --duration --flush-every --realtime --chunk-ms"
-        words+=" --raw --force"
+        words+=" --no-meter --raw --force"
         [[ ${COMP_WORDS[1]} == record ]] && words+=" --split"
         ;;
       finalize) words="--force" ;;

@@ -24,7 +24,8 @@ come from the file. Raw audio is interleaved s16le and needs -r and -c:
   corvane record -i speech.wav take.aac
   arecord -t raw -f S16_LE -r 48000 | corvane record -i - -r 48000 -c 1 take.aac
 
-Ctrl-C (SIGINT), SIGTERM and SIGHUP end the take and seal it. The figures come
+Ctrl-C (SIGINT), SIGTERM and SIGHUP end the take and seal it. At a terminal,
+space pauses and goes on, m marks, q stops, ? shows the keys. The figures come
 as JSON on standard output, all else on standard error. Exit status: 0 done, 1
 failed, 2 wrong usage.
 )";
