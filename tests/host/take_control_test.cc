@@ -38,7 +38,6 @@ class ScriptedSource : public corvane::AudioSource {
   int wait_fd() const override { return readable_.get(); }
   std::string error() const override { return ""; }
   bool has_ended() const override { return pieces_.empty(); }
-  std::string how_to_continue() const override { return ""; }
 
   size_t Read(uint8_t* out, size_t size) override {
     while (!pieces_.empty() && pieces_.front().pcm.empty()) {
