@@ -5,6 +5,7 @@
 #include <optional>
 
 #include "looks/capture_look.h"
+#include "looks/findings.h"
 #include "take/capture_lock.h"
 #include "take/plugin_call.h"
 #include "terminal/exit_status.h"
@@ -28,9 +29,7 @@ Before look_before(const std::string& path, bool force) {
   Before before;
   const RegularFile file(path);
   before.size = file.size();
-  before.error = file.error();
-  if (file.is_missing()) before.error += "; check the name";
-  if (file.is_empty()) before.error += ": no audio was recorded into it";
+  before.error = objection_to_file(file);
   if (!before.error.empty()) return before;
   before.objection = objection_by_start(file);
   if (!before.objection.empty() && !force) return before;
@@ -40,7 +39,7 @@ Before look_before(const std::string& path, bool force) {
       before.objection = objection_by_evidence(file);
     }
   } else {
-    before.error = no_frame_in(file.size());
+    before.error = left_without_frame(file);
   }
   return before;
 }
@@ -71,6 +70,15 @@ void report_failure(const std::string& path, const PluginError& error,
   const std::string next = next_step(
       path, "seal it again with: corvane finalize " + shell_word(path));
   if (!next.empty()) console->Complain(path + ": " + next);
+}
+
+// What lies behind the last frame is not in the answer.
+std::string found_in(const Before& before, const SealedCapture& sealed) {
+  Findings findings;
+  findings.duration_ms = sealed.duration_ms;
+  findings.torn_bytes = before.size - sealed.bytes;
+  findings.foreign_between = sealed.skipped_bytes.value_or(0);
+  return found(findings, false);
 }
 
 bool print_figures(const Before& before, const SealedCapture& sealed,
@@ -110,7 +118,9 @@ bool finalize(const std::string& path, bool force, Console* console,
     report_failure(path, *answer.error, console);
     return false;
   }
-  return answer.sealed && print_figures(before, *answer.sealed, console);
+  if (!answer.sealed) return false;
+  console->Note(path + ": " + found_in(before, *answer.sealed));
+  return print_figures(before, *answer.sealed, console);
 }
 
 }  // namespace

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "looks/capture_look.h"
+#include "looks/findings.h"
 #include "take/run_take.h"
 #include "terminal/exit_status.h"
 #include "terminal/waiting_line.h"
@@ -23,19 +24,9 @@ void complain(const std::string& path, const CaptureLook& look,
   console->Complain(path + ": " + look.error + advice);
 }
 
-std::string found(const CaptureLook& look) {
+std::string found_in(const CaptureLook& look) {
   if (look.size == 0) return "the file is empty; the take begins with it";
-  std::string text =
-      "found " + counted(look.frames(), "whole AAC frame") + ", " +
-      clock_tenths(look.scan.DurationMs()) + " of audio; " +
-      (look.torn_bytes() > 0
-           ? counted(look.torn_bytes(), "torn byte") + " will be cut off"
-           : "nothing is torn");
-  if (look.scan.skipped_bytes > 0) {
-    text += "; " + counted(look.scan.skipped_bytes, "foreign byte") +
-            " between the frames will stay";
-  }
-  return text;
+  return found(findings_of(look), true);
 }
 
 // The last frame's rate counts too: a file may have been resumed before.
@@ -118,7 +109,7 @@ std::optional<CaptureLook> look_and_tell(const TakeArguments& arguments,
   if (!is_taken(path, look.objection, arguments.force, console)) {
     return std::nullopt;
   }
-  console->Note(path + ": " + found(look));
+  console->Note(path + ": " + found_in(look));
   return look;
 }
 

@@ -1,5 +1,6 @@
 #include "looks/capture_look.h"
 
+#include <algorithm>
 #include <cstring>
 
 #include "audio/file_kind.h"
@@ -44,14 +45,25 @@ bool is_taken(const std::string& path, const std::string& objection, bool force,
   return false;
 }
 
-std::string no_frame_in(int64_t bytes) {
-  return "not a capture: there is no whole AAC frame in its " +
-         counted(bytes, "byte") + kLeftAlone;
+std::string objection_to_file(const RegularFile& file) {
+  if (file.is_missing()) return file.error() + "; check the name";
+  if (file.is_empty()) return file.error() + ": no audio was recorded into it";
+  return file.error();
 }
 
-CaptureLook look_at_capture(const std::string& path, bool force) {
+std::string no_frame_in(const RegularFile& file) {
+  return "not a capture: there is no whole AAC frame in its " +
+         counted(file.size(), "byte") +
+         (file.IsAllZeros() ? ", which are all zeros, as after a power cut"
+                            : "");
+}
+
+std::string left_without_frame(const RegularFile& file) {
+  return no_frame_in(file) + kLeftAlone;
+}
+
+CaptureLook look_at_capture(const RegularFile& file, bool force) {
   CaptureLook look;
-  const RegularFile file(path);
   look.is_missing = file.is_missing();
   if (file.is_empty()) return look;
   look.error = file.error();
@@ -59,20 +71,25 @@ CaptureLook look_at_capture(const std::string& path, bool force) {
   look.objection = objection_by_start(file);
   if (!look.objection.empty() && !force) return look;
 
-  look.size = file.size();
   const int errnum = adts::ScanFile(file.fd(), &look.scan);
   if (errnum != 0) {
     look.error = std::string("it cannot be read: ") + std::strerror(errnum);
     return look;
   }
+  // It may have grown since it was opened.
+  look.size = std::max(file.size(), look.scan.stream_end);
   if (look.scan.samples > 0) {
     const auto first = first_whole_frame(file);
     if (first) look.format = first->format;
     if (look.objection.empty()) look.objection = objection_by_evidence(file);
   } else if (look.torn_bytes() == 0) {
-    look.error = no_frame_in(look.size);
+    look.error = left_without_frame(file);
   }
   return look;
+}
+
+CaptureLook look_at_capture(const std::string& path, bool force) {
+  return look_at_capture(RegularFile(path), force);
 }
 
 std::string next_step(const std::string& path, const std::string& command) {

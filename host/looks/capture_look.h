@@ -28,8 +28,16 @@ std::string objection_by_evidence(const RegularFile& file);
 bool is_taken(const std::string& path, const std::string& objection, bool force,
               Console* console);
 
-// Why a file of `bytes` bytes that was searched for a frame in vain is none.
-std::string no_frame_in(int64_t bytes);
+// Why `file` cannot be a capture by itself, as a clause with the way out; empty
+// when it has something in it that can be read.
+std::string objection_to_file(const RegularFile& file);
+
+// Why a file that was searched for a frame in vain is none, as a clause. Reads
+// all of a file of zeros.
+std::string no_frame_in(const RegularFile& file);
+
+// The same for a command that would have changed it.
+std::string left_without_frame(const RegularFile& file);
 
 struct CaptureLook {
   // Why nothing can be done with it, as a clause; the rest is then not set.
@@ -38,7 +46,7 @@ struct CaptureLook {
   // it the rest is set only if the look was to be forced.
   std::string objection;
   bool is_missing = false;
-  int64_t size = 0;
+  int64_t size = 0;  // bytes, as the scan began
   adts::Scan scan = {};
   // Of the first whole frame; nothing when there is none.
   std::optional<PcmFormat> format;
@@ -52,6 +60,7 @@ struct CaptureLook {
 // file is a capture that nothing was written to yet. With `force` it goes on
 // behind an objection.
 CaptureLook look_at_capture(const std::string& path, bool force);
+CaptureLook look_at_capture(const RegularFile& file, bool force);
 
 // Tells that the capture is whole up to a point, and that `command` goes on
 // from there; empty when it holds no whole frame.

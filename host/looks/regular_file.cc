@@ -4,12 +4,18 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 
 #include "terminal/wording.h"
 
 namespace corvane {
+namespace {
+
+constexpr size_t kPieceSize = 262144;  // bytes
+
+}  // namespace
 
 RegularFile::RegularFile(const std::string& path) { Open(path); }
 
@@ -18,10 +24,13 @@ RegularFile::~RegularFile() {
 }
 
 void RegularFile::Open(const std::string& path) {
-  // A pipe without a writer would be waited for.
-  fd_ = open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
   struct stat file = {};
-  if (fd_ < 0 || fstat(fd_, &file) != 0) {
+  // Opening some devices does something to them, and to a pipe's writer.
+  const bool is_other =
+      stat(path.c_str(), &file) == 0 && !S_ISREG(file.st_mode);
+  // A pipe may be there by now, and one without a writer would be waited for.
+  if (!is_other) fd_ = open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
+  if (!is_other && (fd_ < 0 || fstat(fd_, &file) != 0)) {
     is_missing_ = errno == ENOENT;
     const bool is_forbidden = errno == EACCES;
     error_ = std::strerror(errno);
@@ -52,6 +61,19 @@ std::vector<uint8_t> RegularFile::Read(int64_t offset, size_t size) const {
   }
   bytes.resize(done);
   return bytes;
+}
+
+bool RegularFile::IsAllZeros() const {
+  int64_t done = 0;
+  while (done < size_) {
+    const std::vector<uint8_t> piece = Read(done, kPieceSize);
+    if (piece.empty() || std::any_of(piece.begin(), piece.end(),
+                                     [](uint8_t byte) { return byte != 0; })) {
+      return false;
+    }
+    done += static_cast<int64_t>(piece.size());
+  }
+  return true;
 }
 
 }  // namespace corvane

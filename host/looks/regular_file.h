@@ -30,6 +30,9 @@ class RegularFile {
   // reading fails.
   std::vector<uint8_t> Read(int64_t offset, size_t size) const;
 
+  // Reads up to the first byte that is none; false where reading fails.
+  bool IsAllZeros() const;
+
  private:
   void Open(const std::string& path);
 

@@ -88,8 +88,10 @@ TEST_F(ResumeRefusalTest, FramesThatMayBeChanceAreNotEnough) {
 }
 
 TEST_F(ResumeRefusalTest, AFileWithoutAFrameIsLeftAlone) {
-  const std::vector<Bytes> contents = {Bytes(1000, 'x'), Bytes(1000, 0)};
-  for (const Bytes& held : contents) {
+  const std::vector<std::pair<Bytes, std::string>> contents = {
+      {Bytes(1000, 'x'), ""},
+      {Bytes(1000, 0), ", which are all zeros, as after a power cut"}};
+  for (const auto& [held, what] : contents) {
     WriteFile(take_, held);
     for (const Words& force : {Words{}, Words{"--force"}}) {
       Words arguments = {"resume", take_, "-i", wav_};
@@ -97,7 +99,8 @@ TEST_F(ResumeRefusalTest, AFileWithoutAFrameIsLeftAlone) {
       ShouldFail(Corvane(arguments),
                  take_ +
                      ": not a capture: there is no whole AAC frame in its 1000 "
-                     "bytes; it was left alone");
+                     "bytes" +
+                     what + "; it was left alone");
       EXPECT_EQ(ReadFile(take_), held);
     }
   }
