@@ -9,6 +9,7 @@
 #include "commands/command_line.h"
 #include "commands/devices_command.h"
 #include "commands/finalize_command.h"
+#include "commands/info_command.h"
 #include "commands/record_command.h"
 #include "commands/repair_wav_command.h"
 #include "commands/resume_command.h"
@@ -81,6 +82,8 @@ int run(int argc, char** argv, corvane::Console* console,
       return corvane::run_devices(line->devices_as_json, console);
     case corvane::Command::kRepairWav:
       return corvane::run_repair_wav(line->repair_wav, console, log);
+    case corvane::Command::kInfo:
+      return corvane::run_info(line->info, console);
   }
   return corvane::kExitUsage;  // not reached: every command is above
 }

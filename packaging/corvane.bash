@@ -5,7 +5,7 @@ _corvane() {
   local words=
   COMPREPLY=()
   if ((COMP_CWORD == 1)); then
-    words="record resume finalize repair-wav --help --version"
+    words="record resume finalize repair-wav info --help --version"
   elif [[ $word == -* ]]; then
     case ${COMP_WORDS[1]} in
       record | resume)
@@ -15,6 +15,7 @@ _corvane() {
         ;;
       finalize) words="--force" ;;
       repair-wav) words="-r -c --force" ;;
+      info) words="--json" ;;
     esac
     words+=" --quiet --verbose --help"
   else

@@ -6,8 +6,8 @@
 #include <map>
 
 #include "commands/help_texts.h"
-#include "commands/time_word.h"
 #include "commands/take_usage.h"
+#include "commands/time_word.h"
 #include "commands/usage_hint.h"
 #include "terminal/exit_status.h"
 
@@ -45,15 +45,25 @@ CLI::Validator output_name() {
           ""};
 }
 
+CLI::Validator input_name() {
+  return {[](const std::string& name) {
+            return name == "-" ? "standard input can't be looked at; name a "
+                                 "file (./- if that is its name)"
+                               : std::string();
+          },
+          ""};
+}
+
 // `path` may be several: a vector of them.
 template <typename PathOrPaths>
 void add_file(CLI::App* command, const char* name, const char* help,
-              PathOrPaths* path) {
+              PathOrPaths* path,
+              const CLI::Validator& validator = output_name()) {
   command->add_option(name, *path, help)
       ->type_name("")
       ->required()
       ->check(file_name())
-      ->check(output_name());
+      ->check(validator);
 }
 
 void add_format(CLI::App* command, const char* rate_help, int* sample_rate,
@@ -220,6 +230,17 @@ CLI::App* add_devices(CLI::App* app, bool* as_json) {
   return command;
 }
 
+CLI::App* add_info(CLI::App* app, InfoArguments* arguments) {
+  CLI::App* command =
+      app->add_subcommand("info", "Tell what takes hold; change nothing");
+  add_file(command, "FILE", "The files to look at", &arguments->paths,
+           input_name());
+  command->add_flag("--json", arguments->json,
+                    "Print an object for each file, one a line");
+  command->footer(kInfoNotes);
+  return command;
+}
+
 std::vector<std::string> names_in(const CLI::App& app) {
   std::vector<std::string> names;
   for (const CLI::App* command : app.get_subcommands({})) {
@@ -248,7 +269,8 @@ std::optional<CommandLine> parse_command_line(int argc, char** argv,
   const CLI::App* resume = add_resume(&app, &line.take);
   const CLI::App* finalize = add_finalize(&app, &line.finalize);
   const CLI::App* devices = add_devices(&app, &line.devices_as_json);
-  add_repair_wav(&app, &line.repair_wav);
+  const CLI::App* repair_wav = add_repair_wav(&app, &line.repair_wav);
+  add_info(&app, &line.info);
   for (CLI::App* command : app.get_subcommands({})) {
     add_verbosity(command, &line.verbosity);
   }
@@ -258,11 +280,12 @@ std::optional<CommandLine> parse_command_line(int argc, char** argv,
     *status = app.exit(error) == 0 ? kExitDone : kExitUsage;
     return std::nullopt;
   }
-  line.command = record->parsed()     ? Command::kRecord
-                 : resume->parsed()   ? Command::kResume
-                 : finalize->parsed() ? Command::kFinalize
-                 : devices->parsed()  ? Command::kDevices
-                                      : Command::kRepairWav;
+  line.command = record->parsed()       ? Command::kRecord
+                 : resume->parsed()     ? Command::kResume
+                 : finalize->parsed()   ? Command::kFinalize
+                 : devices->parsed()    ? Command::kDevices
+                 : repair_wav->parsed() ? Command::kRepairWav
+                                        : Command::kInfo;
   return line;
 }
 

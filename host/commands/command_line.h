@@ -6,18 +6,20 @@
 #include <optional>
 
 #include "commands/finalize_command.h"
+#include "commands/info_command.h"
 #include "commands/repair_wav_command.h"
 #include "take/take_arguments.h"
 #include "terminal/console.h"
 
 namespace corvane {
 
-enum class Command { kRecord, kResume, kFinalize, kDevices, kRepairWav };
+enum class Command { kRecord, kResume, kFinalize, kDevices, kRepairWav, kInfo };
 
 struct CommandLine {
   Command command = Command::kRecord;
   TakeArguments take;  // of record and resume
   FinalizeArguments finalize;
+  InfoArguments info;
   Verbosity verbosity = Verbosity::kNormal;
   bool devices_as_json = false;
   RepairWavArguments repair_wav;

@@ -13,6 +13,7 @@ constexpr char kExamples[] =
   corvane resume -i rest.wav take.aac
   corvane finalize take.aac
   corvane repair-wav take.wav
+  corvane info take.aac
 
 corvane COMMAND --help tells more, the manual page corvane(1) all.
 )";
@@ -76,6 +77,18 @@ samples.
 
 The result, with the old header in it, comes as JSON on standard output, all
 else on standard error. Exit status: 0 done, 1 failed or refused, 2 wrong usage.
+)";
+
+constexpr char kInfoNotes[] =
+    R"(Says how much audio is in a capture, what of it is torn, what is foreign and
+where, and whether it is in use; or why a file is no capture. Nothing is
+changed, so a take may be looked at while it is recorded.
+
+  corvane info take.aac
+  corvane info --json *.aac
+
+The findings come on standard output, why a file is no capture on standard
+error. Exit status: 0 all are captures, 1 not all, 2 wrong usage.
 )";
 
 }  // namespace corvane

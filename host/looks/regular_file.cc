@@ -4,7 +4,6 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <cerrno>
 #include <cstring>
 
@@ -67,8 +66,9 @@ bool RegularFile::IsAllZeros() const {
   int64_t done = 0;
   while (done < size_) {
     const std::vector<uint8_t> piece = Read(done, kPieceSize);
-    if (piece.empty() || std::any_of(piece.begin(), piece.end(),
-                                     [](uint8_t byte) { return byte != 0; })) {
+    // Each byte is like the one before it; many times as fast as a loop.
+    if (piece.empty() || piece[0] != 0 ||
+        std::memcmp(piece.data(), piece.data() + 1, piece.size() - 1) != 0) {
       return false;
     }
     done += static_cast<int64_t>(piece.size());

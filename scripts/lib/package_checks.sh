@@ -189,7 +189,7 @@ examples() {
   local topic
   sed -n '/^\.EX/,/^\.EE/{s/\\-/-/g;/^\./!p}' docs/corvane.1 |
     sed -e ':join' -e '/|$/{N;s/\n */ /;bjoin' -e '}'
-  for topic in "" record resume finalize repair-wav; do
+  for topic in "" record resume finalize repair-wav info; do
     # shellcheck disable=SC2086 # no word for the program itself
     "$1" $topic --help | sed -nE 's/^  ((corvane|arecord) .*[.](aac|wav)( -.*)?)$/\1/p' |
       sed 's/   .*//'
@@ -215,7 +215,7 @@ completion_is_sound() {
   # shellcheck source=packaging/corvane.bash
   source packaging/corvane.bash
   [[ $(completions re | sort | tr '\n' ' ') == "record repair-wav resume " ]]
-  for topic in record resume finalize repair-wav; do
+  for topic in record resume finalize repair-wav info; do
     listed=$("$1" "$topic" --help | sed -nE \
       's/^  (-[hqv],)?(-[a-z]|--[a-z-]+) .*/\2/p' | sort | tr '\n' ' ')
     offered=$(completions "$topic" - | sort | tr '\n' ' ')

@@ -3,6 +3,7 @@
 #include <random>
 
 #include "audio/file_kind.h"
+#include "host/foreign_places.h"
 #include "host/record_fixture.h"
 #include "looks/capture_look.h"
 #include "support/adts_frames.h"
@@ -29,6 +30,7 @@ class DamagedCaptureTest : public ProgramTest {
   // have come to name another kind of file.
   void ExpectTaken(const Bytes& damaged, const std::string& how) {
     WriteFile(path_, damaged);
+    ExpectForeignPlaces(path_, damaged, how);
     const std::string kind = corvane::kind_of(Slice(damaged, 0, 262));
     if (damaged.empty() || !(kind.empty() || kind == "ADTS")) return;
     const corvane::CaptureLook look = corvane::look_at_capture(path_, false);

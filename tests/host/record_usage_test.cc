@@ -43,7 +43,7 @@ TEST_F(UsageTest, AnUnknownCommandLikeNoneNamesThemAll) {
     ShouldRefuse(Corvane({word, take_}),
                  "there is no command \"" + corvane::printable(word) +
                      "\"; there are record, resume, finalize, "
-                     "devices, repair-wav");
+                     "devices, repair-wav, info");
   }
 }
 
@@ -77,6 +77,7 @@ TEST_F(UsageTest, AnEmptyNameIsRefused) {
   ShouldRefuse(Corvane({"resume", take_, "-i", ""}), "-i: the name is empty");
   ShouldRefuse(Corvane({"finalize", take_, ""}), "OUT.aac: the name is empty");
   ShouldRefuse(Corvane({"repair-wav", ""}), "FILE.wav: the name is empty");
+  ShouldRefuse(Corvane({"info", take_, ""}), "FILE: the name is empty");
 }
 
 TEST_F(UsageTest, StandardOutputIsNoPlaceForACapture) {
@@ -86,6 +87,12 @@ TEST_F(UsageTest, StandardOutputIsNoPlaceForACapture) {
   ShouldRefuse(Corvane({"resume", "-", "-i", "in.wav"}), "OUT.aac" + mistake);
   ShouldRefuse(Corvane({"finalize", "-"}), "OUT.aac" + mistake);
   ShouldRefuse(Corvane({"repair-wav", "-"}), "FILE.wav" + mistake);
+}
+
+TEST_F(UsageTest, StandardInputIsNoPlaceToLook) {
+  ShouldRefuse(Corvane({"info", "-"}),
+               "FILE: standard input can't be looked at; name a file (./- if "
+               "that is its name)");
 }
 
 // Told before any audio has come, and with an older take still in its place.
@@ -169,7 +176,7 @@ TEST_F(UsageTest, HelpFitsATerminalOfEightyColumns) {
   for (const Words& words :
        {Words{"--help"}, Words{"record", "--help"}, Words{"resume", "--help"},
         Words{"finalize", "--help"}, Words{"devices", "--help"},
-        Words{"repair-wav", "--help"}}) {
+        Words{"repair-wav", "--help"}, Words{"info", "--help"}}) {
     const ChildResult run = Corvane(words);
     EXPECT_EQ(run.status, 0);
     EXPECT_EQ(run.err, "");
