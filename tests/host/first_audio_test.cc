@@ -65,6 +65,7 @@ TEST_F(FirstAudioTest, AStallIsShownAndInTheResult) {
   ChildSetup setup;
   setup.input_is_pipe = true;
   setup.terminal_columns = 80;
+  setup.environment["NO_COLOR"] = "1";
   const auto child = StartCorvane(record_, setup);
   child->AwaitError("no audio for 0:02");
   child->Write(Sine(48000));
