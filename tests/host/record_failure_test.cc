@@ -58,7 +58,7 @@ TEST_F(RecordFailureTest, AnInputThatIsNoAudioIsNamed) {
 TEST_F(RecordFailureTest, AnInputThatCouldBlockIsSentToThePipe) {
   ShouldFail(Corvane({"record", take_, "-i", "/dev/null"}),
              "/dev/null: not a regular file; pipe raw s16le in instead "
-             "(with -r and -c, without -i)");
+             "(with -i - and -r and -c)");
 }
 
 TEST_F(RecordFailureTest, ARateWithoutAnIndexComesWithTheWayToConvertIt) {

@@ -58,7 +58,7 @@ TEST_F(TakeReportTest, AFailedFlushLeavesDoubtAboutWhatIsBehindTheLastGoodOne) {
                  ": the capture is whole up to 1:01.2 and sealed",
              "corvane: name a file in another folder, or on another disk; "
              "then continue it with: corvane resume '" +
-                 path_ + "' -i REST"}));
+                 path_ + "' -i -"}));
 }
 
 TEST_F(TakeReportTest, ATakeThatCannotBeSealedSaysSo) {

@@ -60,11 +60,18 @@ struct Device {
   snd_pcm_format_t format = SND_PCM_FORMAT_S16_LE;
   std::vector<Fault> faults;  // still to come
   int64_t start_ns = 0;
-  int64_t before_start = 0;  // frames that were heard until then
-  int64_t unheard = 0;       // frames of the ramp that were skipped
-  int64_t transferred = 0;   // frames, to the reader
+  int64_t before_start = 0;    // frames that were heard until then
+  int64_t unheard = 0;         // frames of the ramp that were skipped
+  int64_t before_prepare = 0;  // frames that were read until then
+  int64_t last_read = 0;       // frames, when they were last asked for
 
   int64_t Frames(int64_t ms) const { return io.rate * ms / 1000; }
+
+  // Frames that the reader has. On mapped memory the same ones may be asked
+  // for again before it has.
+  int64_t Read() const {
+    return before_prepare + static_cast<int64_t>(io.appl_ptr);
+  }
 
   // How far the ramp is.
   int64_t Clock() const {
@@ -78,7 +85,7 @@ struct Device {
   }
 
   bool IsFaultDue() const {
-    return !faults.empty() && transferred >= faults[0].at_frame &&
+    return !faults.empty() && Read() >= faults[0].at_frame &&
            (faults[0].way == "sleep" || IsFaultOver());
   }
   bool IsFaultOver() const {
@@ -131,13 +138,21 @@ int on_start(snd_pcm_ioplug_t* io) {
   return timerfd_settime(io->poll_fd, 0, &period, nullptr);
 }
 
+// What was read is counted from here on, by alsa-lib.
+int on_prepare(snd_pcm_ioplug_t* io) {
+  Device* const device = device_of(io);
+  device->before_prepare = device->last_read;
+  return 0;
+}
+
 int on_stop(snd_pcm_ioplug_t* /*io*/) { return 0; }
 
 // alsa-lib counts the frames that are heard from each start on.
 snd_pcm_sframes_t on_pointer(snd_pcm_ioplug_t* io) {
   Device* const device = device_of(io);
+  device->last_read = device->Read();
   // A fault is met by who reads.
-  const int64_t ahead = std::max<int64_t>(device->Heard() - device->transferred,
+  const int64_t ahead = std::max<int64_t>(device->Heard() - device->Read(),
                                           device->IsFaultDue() ? 1 : 0);
   return static_cast<snd_pcm_sframes_t>(
       (static_cast<int64_t>(io->appl_ptr) +
@@ -150,8 +165,8 @@ void write_ramp(const snd_pcm_channel_area_t& area, snd_pcm_uframes_t offset,
   auto* const start = static_cast<uint8_t*>(area.addr) + area.first / 8;
   const size_t step = area.step / 8;
   for (snd_pcm_uframes_t i = 0; i < frames; ++i) {
-    const auto value = static_cast<uint16_t>(
-        device.transferred + device.unheard + static_cast<int64_t>(i));
+    const auto value = static_cast<uint16_t>(device.Read() + device.unheard +
+                                             static_cast<int64_t>(i));
     uint8_t* const sample = start + (offset + i) * step;
     if (device.format == SND_PCM_FORMAT_S16_LE) {
       std::memcpy(sample, &value, sizeof(value));
@@ -168,14 +183,13 @@ snd_pcm_sframes_t on_transfer(snd_pcm_ioplug_t* io,
                               snd_pcm_uframes_t size) {
   Device* const device = device_of(io);
   if (const int error = meet_fault(device); error != 0) return error;
-  const int64_t there = device->Heard() - device->transferred;
+  const int64_t there = device->Heard() - device->Read();
   const auto frames = std::min<snd_pcm_uframes_t>(
       size, static_cast<snd_pcm_uframes_t>(std::max<int64_t>(there, 0)));
   if (frames == 0) return -EAGAIN;
   for (unsigned channel = 0; channel < io->channels; ++channel) {
     write_ramp(areas[channel], offset, frames, *device);
   }
-  device->transferred += static_cast<int64_t>(frames);
   return static_cast<snd_pcm_sframes_t>(frames);
 }
 
@@ -210,6 +224,7 @@ const snd_pcm_ioplug_callback_t kCallbacks = [] {
   snd_pcm_ioplug_callback_t callbacks = {};
   callbacks.start = on_start;
   callbacks.stop = on_stop;
+  callbacks.prepare = on_prepare;
   callbacks.pointer = on_pointer;
   callbacks.transfer = on_transfer;
   callbacks.poll_revents = on_poll;
@@ -255,9 +270,11 @@ void set_range(snd_pcm_ioplug_t* io, int what, long only, unsigned least,
 }
 
 void set_abilities(snd_pcm_ioplug_t* io, const Settings& settings) {
-  const unsigned access = SND_PCM_ACCESS_RW_INTERLEAVED;
+  // ALSA's converters stand on mapped memory.
+  const unsigned access[] = {SND_PCM_ACCESS_RW_INTERLEAVED,
+                             SND_PCM_ACCESS_MMAP_INTERLEAVED};
   const auto format = static_cast<unsigned>(settings.format);
-  snd_pcm_ioplug_set_param_list(io, SND_PCM_IOPLUG_HW_ACCESS, 1, &access);
+  snd_pcm_ioplug_set_param_list(io, SND_PCM_IOPLUG_HW_ACCESS, 2, access);
   snd_pcm_ioplug_set_param_list(io, SND_PCM_IOPLUG_HW_FORMAT, 1, &format);
   set_range(io, SND_PCM_IOPLUG_HW_RATE, settings.rate, 4000, 192000);
   set_range(io, SND_PCM_IOPLUG_HW_CHANNELS, settings.channels, 1, 8);

@@ -1,0 +1,42 @@
+// A real sound server of the test's own, without hardware: a stage on which
+// sound is played, and whose own sound is what a microphone would hear.
+#ifndef CORVANE_TESTS_HOST_SOUND_SERVER_H_
+#define CORVANE_TESTS_HOST_SOUND_SERVER_H_
+
+#include <map>
+#include <memory>
+#include <string>
+
+#include "host/child_process.h"
+#include "support/files.h"
+
+namespace corvane_test {
+
+enum class ServerKind { kPulseAudio, kPipeWire };
+
+class SoundServer {
+ public:
+  // Returns when it takes clients, and fails the test if it never does. The
+  // stage is mono at 48000 Hz.
+  explicit SoundServer(ServerKind kind);
+
+  // For its clients; ALSA's default device is the stage.
+  const std::map<std::string, std::string>& environment() const {
+    return environment_;
+  }
+
+  // Plays raw s16le on the stage, to its end.
+  void Play(const std::string& path);
+
+  // Ends it, as if it had crashed.
+  void Kill();
+
+ private:
+  TempDir dir_;
+  std::map<std::string, std::string> environment_;
+  std::unique_ptr<Child> server_;
+};
+
+}  // namespace corvane_test
+
+#endif  // CORVANE_TESTS_HOST_SOUND_SERVER_H_
