@@ -8,9 +8,10 @@ namespace corvane {
 constexpr char kExamples[] =
     R"(Examples:
 
+  corvane record take.aac
   corvane record -i speech.wav take.aac
-  arecord -t raw -f S16_LE -r 48000 | corvane record -i - -r 48000 -c 1 take.aac
-  corvane resume -i rest.wav take.aac
+  corvane resume take.aac
+  corvane devices
   corvane finalize take.aac
   corvane repair-wav take.wav
   corvane info take.aac
@@ -19,9 +20,11 @@ corvane COMMAND --help tells more, the manual page corvane(1) all.
 )";
 
 constexpr char kRecordNotes[] =
-    R"(Files are what libsndfile reads (WAV, FLAC, Ogg, MP3...); rate and channels
-come from the file. Raw audio is interleaved s16le and needs -r and -c:
+    R"(Without -i it is the microphone that is recorded, unless something is piped in.
+Files are what libsndfile reads (WAV, FLAC, Ogg, MP3...); rate and channels come
+from the file. Raw audio is interleaved s16le and needs -r and -c:
 
+  corvane record take.aac
   corvane record -i speech.wav take.aac
   arecord -t raw -f S16_LE -r 48000 | corvane record -i - -r 48000 -c 1 take.aac
 

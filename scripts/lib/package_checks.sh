@@ -179,8 +179,8 @@ manual_is_sound() {
   "$1/corvane" --help | grep -F "Examples:"
   while IFS= read -r example; do
     echo "$example"
-    prepare_examples build/examples
-    (cd build/examples && PATH=$PWD:$1:$PATH && eval "$example")
+    prepare_examples build/examples "$1"
+    (cd build/examples && PATH=$PWD:$1:$PATH && eval "$example") </dev/null
   done < <(examples "$1/corvane" | sort -u)
 }
 
@@ -189,14 +189,15 @@ examples() {
   local topic
   sed -n '/^\.EX/,/^\.EE/{s/\\-/-/g;/^\./!p}' docs/corvane.1 |
     sed -e ':join' -e '/|$/{N;s/\n */ /;bjoin' -e '}'
-  for topic in "" record resume finalize repair-wav info; do
+  for topic in "" record resume finalize info devices repair-wav; do
     # shellcheck disable=SC2086 # no word for the program itself
     "$1" $topic --help | sed -nE 's/^  ((corvane|arecord) .*[.](aac|wav)( -.*)?)$/\1/p' |
       sed 's/   .*//'
   done
 }
 
-# prepare_examples FOLDER: what the examples name, and a microphone.
+# prepare_examples FOLDER BIN: what the examples name, a microphone, and a
+# Ctrl-C for the takes that have no end of their own.
 prepare_examples() {
   rm -rf "$1"
   mkdir -p "$1"
@@ -205,7 +206,22 @@ prepare_examples() {
   cp "$sample" "$1/take.wav"
   cp build/installed/take.aac "$1"
   printf '#!/bin/sh\nhead -c 96000 /dev/zero\n' >"$1/arecord"
-  chmod +x "$1/arecord"
+  printf '#!/bin/sh\nexec timeout -s INT --preserve-status 2 "%s" "$@"\n' \
+    "$2/corvane" >"$1/corvane"
+  chmod +x "$1/arecord" "$1/corvane"
+  cat >"$1/asound.conf" <<END
+pcm_type.corvane_faults {
+  lib "$PWD/build/release/libasound_module_pcm_corvane_faults.so"
+}
+pcm.!default { type corvane_faults }
+pcm.hw {
+  @args [ CARD DEV ]
+  @args.CARD { type string }
+  @args.DEV { type string default "0" }
+  type corvane_faults
+}
+END
+  export ALSA_CONFIG_PATH=$PWD/$1/asound.conf
 }
 
 # completion_is_sound CORVANE: it offers what the help lists, and the manual
@@ -215,9 +231,9 @@ completion_is_sound() {
   # shellcheck source=packaging/corvane.bash
   source packaging/corvane.bash
   [[ $(completions re | sort | tr '\n' ' ') == "record repair-wav resume " ]]
-  for topic in record resume finalize repair-wav info; do
+  for topic in record resume finalize info devices repair-wav; do
     listed=$("$1" "$topic" --help | sed -nE \
-      's/^  (-[hqv],)?(-[a-z]|--[a-z-]+) .*/\2/p' | sort | tr '\n' ' ')
+      's/^  (-[Dhqv],)?(-[a-z]|--[a-z-]+) .*/\2/p' | sort | tr '\n' ' ')
     offered=$(completions "$topic" - | sort | tr '\n' ' ')
     echo "$topic: $listed"
     [[ $listed == "$offered" ]]

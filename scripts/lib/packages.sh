@@ -7,7 +7,7 @@
 run_packages=(
   g++ cmake ninja-build pkg-config
   libavcodec-dev libavutil-dev libglib2.0-dev
-  libsndfile1-dev libcli11-dev nlohmann-json3-dev
+  libsndfile1-dev libasound2-dev libcli11-dev nlohmann-json3-dev
   alsa-utils ffmpeg
 )
 
@@ -30,8 +30,8 @@ rival_packages=(
 
 # To test: the second compiler with its sanitizers and checkers, GoogleTest,
 # GTK, which builds against a Flutter SDK's own library and those of
-# applications ask for, what makes file systems and disks for them, and what
-# reads manuals.
+# applications ask for, what makes file systems and disks for them, what reads
+# manuals, and two sound servers with ALSA's way to them.
 # shellcheck disable=SC2034 # for those who source this
 test_packages=(
   "${bench_packages[@]}"
@@ -39,6 +39,8 @@ test_packages=(
   libgtest-dev libgmock-dev libgtk-3-dev
   e2fsprogs xfsprogs btrfs-progs libfuse3-dev mount
   git groff-base python3 strace valgrind
+  libasound2-plugins pulseaudio pulseaudio-utils
+  pipewire pipewire-pulse wireplumber dbus-daemon
   shellcheck
 )
 

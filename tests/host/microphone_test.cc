@@ -194,21 +194,21 @@ TEST_F(MicrophoneTest, TwoOverrunsInARowAreTwo) {
 }
 
 TEST_F(MicrophoneTest, ADeviceThatVanishesEndsTheTake) {
-  Open(Ramp("24000 gone 0"));
+  Open(Ramp("12000 gone 0"));
   ASSERT_NE(source_, nullptr) << error_.text;
   ReadFrames(kMicrophoneRate);
   EXPECT_TRUE(source_->has_ended());
-  EXPECT_EQ(read_.size(), 2 * 24000U);
+  EXPECT_EQ(read_.size(), 2 * 12000U);
   EXPECT_EQ(source_->error(), "the device has vanished (No such device)");
   EXPECT_EQ(source_->overruns()->count, 0);
 }
 
 TEST_F(MicrophoneTest, AFaultThatNothingMendsEndsTheTake) {
-  Open(Ramp("24000 broken 0"));
+  Open(Ramp("12000 broken 0"));
   ASSERT_NE(source_, nullptr) << error_.text;
   ReadFrames(kMicrophoneRate);
   EXPECT_TRUE(source_->has_ended());
-  EXPECT_EQ(read_.size(), 2 * 24000U);
+  EXPECT_EQ(read_.size(), 2 * 12000U);
   EXPECT_EQ(source_->error(), "it stopped (Input/output error)");
 }
 

@@ -59,15 +59,14 @@ SoundServer::SoundServer(ServerKind kind) {
   server_->AwaitError("Daemon startup complete.");
 }
 
-void SoundServer::Play(const std::string& path) {
+std::unique_ptr<Child> SoundServer::Play(const std::string& path) {
   ChildSetup setup;
   setup.environment = environment_;
-  const ChildResult played =
-      Child({"/usr/bin/pacat", "--playback", "--device=stage", "--raw",
-             "--format=s16le", "--rate=48000", "--channels=1", path},
-            setup)
-          .Wait();
-  EXPECT_EQ(played.status, 0) << played.err;
+  return std::make_unique<Child>(
+      std::vector<std::string>{"/usr/bin/pacat", "--playback", "--device=stage",
+                               "--raw", "--format=s16le", "--rate=48000",
+                               "--channels=1", path},
+      setup);
 }
 
 void SoundServer::Kill() { kill(-server_->pid(), SIGKILL); }

@@ -25,8 +25,8 @@ class SoundServer {
     return environment_;
   }
 
-  // Plays raw s16le on the stage, to its end.
-  void Play(const std::string& path);
+  // Plays raw s16le on the stage. What is returned ends with it.
+  std::unique_ptr<Child> Play(const std::string& path);
 
   // Ends it, as if it had crashed.
   void Kill();

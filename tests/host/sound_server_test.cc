@@ -21,10 +21,10 @@ using nlohmann::json;
 
 constexpr int kStageRate = 48000;
 
-using Signal = std::vector<double>;
+using Samples = std::vector<double>;
 
-Signal signal_of(const Bytes& pcm) {
-  Signal samples(pcm.size() / 2);
+Samples samples_of(const Bytes& pcm) {
+  Samples samples(pcm.size() / 2);
   for (size_t i = 0; i < samples.size(); ++i) {
     int16_t sample = 0;
     std::memcpy(&sample, &pcm[2 * i], sizeof(sample));
@@ -33,14 +33,14 @@ Signal signal_of(const Bytes& pcm) {
   return samples;
 }
 
-double energy_of(const Signal& signal, size_t from, size_t size) {
+double energy_of(const Samples& signal, size_t from, size_t size) {
   double energy = 0;
   for (size_t i = from; i < from + size; ++i) energy += signal[i] * signal[i];
   return energy;
 }
 
 // Of two pieces of equal size: 1 where one is the other, at any level.
-double correlation(const Signal& one, size_t from, const Signal& other,
+double correlation(const Samples& one, size_t from, const Samples& other,
                    size_t other_from, size_t size) {
   double product = 0;
   for (size_t i = 0; i < size; ++i) {
@@ -51,10 +51,17 @@ double correlation(const Signal& one, size_t from, const Signal& other,
   return energies > 0 ? product / std::sqrt(energies) : 0;
 }
 
+// Where it begins to be heard.
+int64_t onset_of(const Samples& signal) {
+  const auto loud = std::find_if(signal.begin(), signal.end(),
+                                 [](double sample) { return sample > 500; });
+  return loud - signal.begin();
+}
+
 // Where in `recorded` the piece of `played` is that begins at `from`: the lag
 // with the greatest correlation among those from `least` to `most`.
-int64_t lag_of(const Signal& played, size_t from, size_t size,
-               const Signal& recorded, int64_t least, int64_t most) {
+int64_t lag_of(const Samples& played, size_t from, size_t size,
+               const Samples& recorded, int64_t least, int64_t most) {
   int64_t best = least;
   double highest = -1;
   for (int64_t lag = least; lag <= most; ++lag) {
@@ -94,39 +101,57 @@ Bytes speech_of(size_t seconds) {
   return speech;
 }
 
-class SoundServerTest : public ProgramTest,
-                        public ::testing::WithParamInterface<ServerKind> {
+// One of the servers, what is recorded from it, and what that said.
+struct Stage {
+  Stage(ServerKind kind, std::string path)
+      : server(kind), take(std::move(path)) {}
+
+  SoundServer server;
+  const std::string take;
+  std::unique_ptr<Child> recorder;
+};
+
+// Both servers at once, since most of it is waiting.
+class SoundServerTest : public ProgramTest {
  protected:
-  std::unique_ptr<Child> Start(const Words& more = {}) {
-    ChildSetup setup;
-    setup.environment = server_.environment();
-    Words words = {"record", "-D", "default", take_};
-    words.insert(words.end(), more.begin(), more.end());
-    auto child = StartCorvane(words, setup);
-    child->AwaitError("AAC encoder aac started");
-    return child;
+  void Start(const Words& more = {}) {
+    for (Stage* const stage : stages_) {
+      ChildSetup setup;
+      setup.environment = stage->server.environment();
+      Words words = {"record", "-D", "default", stage->take};
+      words.insert(words.end(), more.begin(), more.end());
+      stage->recorder = StartCorvane(words, setup);
+    }
+    for (Stage* const stage : stages_) {
+      stage->recorder->AwaitError("AAC encoder aac started");
+    }
   }
 
-  Signal Decoded() {
-    const std::string raw = Path("decoded.raw");
+  void Signal(int signal) {
+    for (Stage* const stage : stages_) stage->recorder->Signal(signal);
+  }
+
+  static Samples Decoded(const std::string& take) {
+    const std::string raw = take + ".raw";
     const ChildResult run =
         Child({"/bin/sh", "-c",
-               "exec ffmpeg -nostdin -v error -i \"$0\" -f s16le \"$1\"", take_,
+               "exec ffmpeg -nostdin -v error -i \"$0\" -f s16le \"$1\"", take,
                raw},
               {})
             .Wait();
     EXPECT_EQ(run.status, 0) << run.err;
-    return signal_of(ReadFile(raw));
+    return samples_of(ReadFile(raw));
   }
 
   // Every half second of what was played is there, at one and the same offset.
-  void ShouldHold(const Signal& played, const Signal& recorded) {
+  static void ShouldHold(const Samples& played, const Samples& recorded) {
     constexpr size_t kPiece = kStageRate / 2;
+    const int64_t near = onset_of(recorded) - onset_of(played);
     const int64_t lag =
-        lag_of(played, kPiece, kPiece / 4, recorded, 0, 2 * kStageRate);
+        lag_of(played, kPiece, kPiece / 4, recorded, near - 3000, near + 3000);
     for (size_t from = 0; from + kPiece <= played.size(); from += kPiece) {
       if (energy_of(played, from, kPiece) < kPiece * 10000.0) continue;
-      EXPECT_EQ(lag_of(played, from, kPiece, recorded, lag - 40, lag + 40), lag)
+      EXPECT_EQ(lag_of(played, from, kPiece, recorded, lag - 20, lag + 20), lag)
           << "at " << from;
       EXPECT_GT(correlation(played, from, recorded,
                             from + static_cast<size_t>(lag), kPiece),
@@ -135,67 +160,71 @@ class SoundServerTest : public ProgramTest,
     }
   }
 
-  const std::string take_ = Path("take.aac");
-  SoundServer server_{GetParam()};
+  Stage pulse_audio_{ServerKind::kPulseAudio, Path("pulse.aac")};
+  Stage pipe_wire_{ServerKind::kPipeWire, Path("pipewire.aac")};
+  Stage* const stages_[2] = {&pulse_audio_, &pipe_wire_};
 };
 
-TEST_P(SoundServerTest, WhatWasPlayedIsWhatIsRecorded) {
+TEST_F(SoundServerTest, WhatWasPlayedIsWhatIsRecorded) {
   const Bytes speech = speech_of(seconds_played());
   WriteFile(Path("speech.raw"), speech);
-  const auto child = Start({"-b", "128k"});
-  server_.Play(Path("speech.raw"));
-  child->Signal(SIGINT);
-  const ChildResult run = child->Wait();
-  EXPECT_EQ(run.status, 0) << run.err;
-  EXPECT_EQ(run.err.find("warning"), std::string::npos) << run.err;
-  ShouldHold(signal_of(speech), Decoded());
+  Start({"-b", "128k"});
+  const auto one = pulse_audio_.server.Play(Path("speech.raw"));
+  const auto other = pipe_wire_.server.Play(Path("speech.raw"));
+  EXPECT_EQ(one->Wait().status, 0);
+  EXPECT_EQ(other->Wait().status, 0);
+  Signal(SIGINT);
+  for (Stage* const stage : stages_) {
+    SCOPED_TRACE(stage->take);
+    const ChildResult run = stage->recorder->Wait();
+    EXPECT_EQ(run.status, 0) << run.err;
+    EXPECT_EQ(run.err.find("warning"), std::string::npos) << run.err;
+    ShouldHold(samples_of(speech), Decoded(stage->take));
+  }
 }
 
-// The server keeps four MiB for a program that doesn't read, 3.6 s of this.
-TEST_P(SoundServerTest, WhatAStoppedProgramMissedIsTold) {
-  const auto child = Start({"-r", "96000", "-c", "6"});
-  child->Signal(SIGSTOP);
-  constexpr int kStoppedMs = 8000;
-  usleep(kStoppedMs * 1000);
-  child->Signal(SIGCONT);
-  child->AwaitError("the take goes on");
-  child->Signal(SIGINT);
-  const ChildResult run = child->Wait();
-  EXPECT_EQ(run.status, 0) << run.err;
-  const size_t at = run.err.find("warning: ");
-  ASSERT_NE(at, std::string::npos) << run.err;
-  const double told_ms = std::stod(run.err.substr(at + 9));
-  const json figures = json::parse(run.out);
-  const double recorded_ms = figures["sampleFrames"].get<double>() / 96;
-  EXPECT_GT(told_ms, 500);
-  EXPECT_NEAR(recorded_ms + told_ms, figures["wallMs"].get<double>(), 100);
+// A server keeps four MiB for a program that doesn't read, 3.6 s of this.
+TEST_F(SoundServerTest, WhatAStoppedProgramMissedIsTold) {
+  constexpr int kStoppedUs = 6000000;
+  Start({"-r", "96000", "-c", "6"});
+  Signal(SIGSTOP);
+  usleep(kStoppedUs);
+  Signal(SIGCONT);
+  for (Stage* const stage : stages_) {
+    SCOPED_TRACE(stage->take);
+    stage->recorder->AwaitError("the take goes on");
+    stage->recorder->Signal(SIGINT);
+    const ChildResult run = stage->recorder->Wait();
+    EXPECT_EQ(run.status, 0) << run.err;
+    const size_t at = run.err.find("warning: ");
+    ASSERT_NE(at, std::string::npos) << run.err;
+    const double told_ms = std::stod(run.err.substr(at + 9));
+    EXPECT_GT(told_ms, 500);
+    const json figures = json::parse(run.out);
+    EXPECT_NEAR(figures["sampleFrames"].get<double>() / 96 + told_ms,
+                figures["wallMs"].get<double>(), 100);
+  }
 }
 
-TEST_P(SoundServerTest, AServerThatEndsLeavesASealedTake) {
-  const auto child = Start();
-  server_.Kill();
-  const ChildResult run = child->Wait();
-  EXPECT_EQ(run.status, 1);
-  ASSERT_NE(run.out, "") << run.err;
-  EXPECT_EQ(json::parse(run.out)["endedBy"], "error");
-  EXPECT_NE(run.err.find("corvane: device default: it stopped"),
-            std::string::npos)
-      << run.err;
-  EXPECT_NE(run.err.find("continue it with: corvane resume '" + take_ +
-                         "' -D 'default'"),
-            std::string::npos)
-      << run.err;
-  EXPECT_EQ(DecoderComplaints(take_), "");
+TEST_F(SoundServerTest, AServerThatEndsLeavesASealedTake) {
+  Start();
+  for (Stage* const stage : stages_) {
+    SCOPED_TRACE(stage->take);
+    stage->server.Kill();
+    const ChildResult run = stage->recorder->Wait();
+    EXPECT_EQ(run.status, 1);
+    ASSERT_NE(run.out, "") << run.err;
+    EXPECT_EQ(json::parse(run.out)["endedBy"], "error");
+    EXPECT_NE(run.err.find("corvane: device default: it stopped"),
+              std::string::npos)
+        << run.err;
+    EXPECT_NE(run.err.find("continue it with: corvane resume '" + stage->take +
+                           "' -D 'default'"),
+              std::string::npos)
+        << run.err;
+    EXPECT_EQ(DecoderComplaints(stage->take), "");
+  }
 }
-
-std::string name_of(const ::testing::TestParamInfo<ServerKind>& kind) {
-  return kind.param == ServerKind::kPulseAudio ? "PulseAudio" : "PipeWire";
-}
-
-INSTANTIATE_TEST_SUITE_P(OfEachKind, SoundServerTest,
-                         ::testing::Values(ServerKind::kPulseAudio,
-                                           ServerKind::kPipeWire),
-                         name_of);
 
 }  // namespace
 }  // namespace corvane_test
