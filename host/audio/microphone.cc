@@ -17,6 +17,8 @@ constexpr int64_t kUsPerSecond = 1000000;
 // to read where nothing is.
 constexpr int64_t kIdleRestUs = 20000;
 constexpr int64_t kSuspendRestUs = 100000;
+// Between two reads where nothing can be waited for, as with ALSA's null.
+constexpr int64_t kPolledRestUs = 50000;
 
 // Goes on while the machine sleeps: audio is missing for that time too.
 int64_t now_us() {
@@ -25,10 +27,10 @@ int64_t now_us() {
   return now.tv_sec * kUsPerSecond + now.tv_nsec / 1000;
 }
 
-void watch(const FileDescriptor& set, int operation, int fd, uint32_t events) {
+bool watch(const FileDescriptor& set, int operation, int fd, uint32_t events) {
   epoll_event event = {};
   event.events = events;
-  epoll_ctl(set.get(), operation, fd, &event);
+  return epoll_ctl(set.get(), operation, fd, &event) == 0;
 }
 
 }  // namespace
@@ -64,8 +66,9 @@ size_t Microphone::Read(uint8_t* out, size_t size) {
     return 0;
   }
   AcknowledgeEvents();
-  return ReadFrames(out, size / format_.bytes_per_frame()) *
-         format_.bytes_per_frame();
+  const size_t read = ReadFrames(out, size / format_.bytes_per_frame());
+  if (is_polled_ && !is_resting_) Rest(kPolledRestUs);
+  return read * format_.bytes_per_frame();
 }
 
 std::string Microphone::how_to_continue() const {
@@ -79,11 +82,13 @@ void Microphone::WatchDescriptors() {
   descriptors_.resize(static_cast<size_t>(std::max(count, 0)));
   snd_pcm_poll_descriptors(pcm_.get(), descriptors_.data(),
                            static_cast<unsigned>(descriptors_.size()));
+  is_polled_ = descriptors_.empty();
   // poll(2) and epoll(7) share the numbers of their events.
   for (const pollfd& entry : descriptors_) {
-    watch(device_, EPOLL_CTL_ADD, entry.fd,
-          static_cast<uint32_t>(entry.events));
+    is_polled_ |= !watch(device_, EPOLL_CTL_ADD, entry.fd,
+                         static_cast<uint32_t>(entry.events));
   }
+  if (is_polled_) Rest(kPolledRestUs);
 }
 
 // Some plug-ins make their descriptor readable until they are asked what it

@@ -63,6 +63,7 @@ class Microphone : public AudioSource {
   FileDescriptor device_;
   FileDescriptor rest_;
   bool is_resting_ = false;
+  bool is_polled_ = false;  // for want of a descriptor that can be waited on
   bool has_started_ = false;
   int64_t read_frames_ = 0;
   int64_t drained_frames_ = 0;  // of them, when the device was last empty

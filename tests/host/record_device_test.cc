@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <pty.h>
 #include <sys/socket.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <csignal>
@@ -185,6 +186,37 @@ TEST_F(RecordDeviceTest, AlsaSaysNothingByItself) {
   EXPECT_EQ(Lines(run.err).size(), 1U) << run.err;
   const ChildResult verbose = Run(broken, {"record", "-v", take_});
   EXPECT_NE(verbose.err.find("alsa: "), std::string::npos) << verbose.err;
+}
+
+// Endless, and as fast as it is read.
+TEST_F(RecordDeviceTest, ADeviceThatCannotBeWaitedForIsReadAllTheSame) {
+  const SoundConfig config("pcm.!default { type null }\n");
+  ChildSetup setup;
+  setup.environment = config.environment();
+  const auto child = StartCorvane({"record", "-D", "default", take_}, setup);
+  child->AwaitError("AAC encoder aac started");
+  child->Signal(SIGINT);
+  const ChildResult run = child->Wait();
+  EXPECT_EQ(run.status, 0) << run.err;
+  EXPECT_EQ(run.err.find("warning"), std::string::npos) << run.err;
+}
+
+TEST_F(RecordDeviceTest, ADeviceFedThroughAPipeIsRecorded) {
+  const std::string pipe = Path("in.fifo");
+  ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+  const SoundConfig config(
+      "pcm.!default { type file slave.pcm { type null }\n"
+      "  file /dev/null infile \"" +
+      pipe + "\" format raw }\n");
+  ChildSetup setup;
+  setup.environment = config.environment();
+  const auto child = StartCorvane({"record", "-D", "default", take_}, setup);
+  WriteFile(pipe, Sine(2 * 48000));
+  child->AwaitError("AAC encoder aac started");
+  child->Signal(SIGINT);
+  const ChildResult run = child->Wait();
+  EXPECT_EQ(run.status, 0) << run.err;
+  EXPECT_EQ(DecoderComplaints(take_), "");
 }
 
 TEST_F(RecordDeviceTest, SignalsEndATakeAndSealIt) {
