@@ -303,7 +303,7 @@ SND_PCM_PLUGIN_DEFINE_FUNC(corvane_faults) {
   if (failed < 0) return failed;
   set_abilities(&device->io, settings);
   *pcmp = device->io.pcm;
-  device.release();  // on_close() has it now
+  static_cast<void>(device.release());  // on_close() has it now
   return 0;
 }
 SND_PCM_PLUGIN_SYMBOL(corvane_faults)
