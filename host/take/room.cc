@@ -4,7 +4,6 @@
 #include <sys/statvfs.h>
 
 #include <algorithm>
-#include <limits>
 
 namespace corvane {
 
@@ -16,8 +15,7 @@ std::optional<int64_t> free_bytes_at(const std::string& path) {
   // More than fits is more than any take needs.
   const double bytes =
       static_cast<double>(disk.f_bavail) * static_cast<double>(disk.f_frsize);
-  constexpr auto kMost =
-      static_cast<double>(std::numeric_limits<int64_t>::max() / 2);
+  constexpr double kMost = 1e18;
   return static_cast<int64_t>(std::min(bytes, kMost));
 }
 

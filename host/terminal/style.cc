@@ -1,12 +1,11 @@
 #include "terminal/style.h"
 
 #include <langinfo.h>
-#include <locale.h>
 
+#include <clocale>
 #include <cstdlib>
 #include <cstring>
 #include <string_view>
-#include <utility>
 
 namespace corvane {
 namespace {
@@ -59,7 +58,7 @@ Style style_of_environment() {
   return style;
 }
 
-Piece::Piece(std::string plain, const Style& style, Colour colour)
+Piece::Piece(const std::string& plain, const Style& style, Colour colour)
     : columns(plain.size()) {
   text = coloured(plain, style, colour);
 }

@@ -22,7 +22,8 @@ enum class Colour { kNone, kGreen, kYellow, kRed };
 struct Piece {
   Piece() = default;
   // Plain ASCII in one colour.
-  Piece(std::string plain, const Style& style, Colour colour = Colour::kNone);
+  Piece(const std::string& plain, const Style& style,
+        Colour colour = Colour::kNone);
 
   std::string text;
   size_t columns = 0;
