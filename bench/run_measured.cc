@@ -1,8 +1,9 @@
 // Runs a command and writes what it took, it and whom it waited for: CPU (user
 // and system) and wall time in microseconds, peak resident memory in KiB, its
 // exit status as a shell tells it, and how often it gave up the processor to
-// wait, which is how often it had to be woken. The kernel counts to a new program's peak what its process held
-// before, so whoever starts what is measured must be small: this.
+// wait, which is how often it had to be woken. The kernel counts to a new
+// program's peak what its process held before, so whoever starts what is
+// measured must be small: this.
 //
 //   run_measured REPORT COMMAND...
 #include <sys/prctl.h>
@@ -49,9 +50,9 @@ bool write_report(const char* path, int64_t wall_us, const rusage& usage,
   if (file == nullptr) return false;
   const int64_t cpu_us =
       microseconds(usage.ru_utime) + microseconds(usage.ru_stime);
-  std::fprintf(file, "%lld %lld %ld %d %ld\n",
-               static_cast<long long>(cpu_us), static_cast<long long>(wall_us),
-               usage.ru_maxrss, exit_status(status), usage.ru_nvcsw);
+  std::fprintf(file, "%lld %lld %ld %d %ld\n", static_cast<long long>(cpu_us),
+               static_cast<long long>(wall_us), usage.ru_maxrss,
+               exit_status(status), usage.ru_nvcsw);
   return std::fclose(file) == 0;
 }
 

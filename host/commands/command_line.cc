@@ -1,13 +1,11 @@
 #include "commands/command_line.h"
 
 #include <CLI/CLI.hpp>
-#include <cmath>
 #include <cstdint>
-#include <map>
 
 #include "commands/help_texts.h"
-#include "commands/take_usage.h"
-#include "commands/time_word.h"
+#include "commands/option_parts.h"
+#include "commands/take_options.h"
 #include "commands/usage_hint.h"
 #include "terminal/exit_status.h"
 
@@ -16,34 +14,6 @@ namespace {
 
 // A WAV header's fields are this wide; more would be written as less.
 constexpr int kMostWavChannels = 32767;
-
-constexpr int kLongestInterval = 86400;  // seconds between two flushes
-
-// What is shorter makes more files than anybody wants.
-constexpr int64_t kShortestPartUs = 1'000'000;
-
-// A validator would write its numbers into the help as well.
-template <typename Number>
-CLI::Validator within(Number least, Number most) {
-  return CLI::Range(least, most).description("");
-}
-
-CLI::Validator file_name() {
-  return {[](const std::string& name) {
-            return name.empty() ? "the name is empty" : std::string();
-          },
-          ""};
-}
-
-// What is written is looked at and gone back to, which no pipe allows.
-CLI::Validator output_name() {
-  return {[](const std::string& name) {
-            return name == "-" ? "standard output can't hold it; name a file "
-                                 "(./- if that is its name)"
-                               : std::string();
-          },
-          ""};
-}
 
 CLI::Validator input_name() {
   return {[](const std::string& name) {
@@ -54,64 +24,6 @@ CLI::Validator input_name() {
           ""};
 }
 
-// `path` may be several: a vector of them.
-template <typename PathOrPaths>
-void add_file(CLI::App* command, const char* name, const char* help,
-              PathOrPaths* path,
-              const CLI::Validator& validator = output_name()) {
-  command->add_option(name, *path, help)
-      ->type_name("")
-      ->required()
-      ->check(file_name())
-      ->check(validator);
-}
-
-void add_format(CLI::App* command, const char* rate_help, int* sample_rate,
-                const char* channels_help, int most_channels, int* channels) {
-  command->add_option("-r", *sample_rate, rate_help)
-      ->type_name("HZ")
-      ->check(within(1, INT32_MAX));
-  command->add_option("-c", *channels, channels_help)
-      ->type_name("N")
-      ->check(within(1, most_channels));
-}
-
-// A comparison with what is not a number is false, and CLI::Range goes by
-// those.
-std::string why_no_interval(const std::string& text) {
-  double seconds = NAN;
-  const bool is_number = CLI::detail::lexical_cast(text, seconds);
-  if (is_number && seconds >= 0 && seconds <= kLongestInterval) return "";
-  return "needs seconds, 0 to " + std::to_string(kLongestInterval) +
-         ", and not '" + text + "'";
-}
-
-std::string why_no_time(const std::string& text) {
-  const auto us = parse_time_word(text);
-  if (us && *us > 0) return "";
-  return "needs a time, as in 90 (seconds), 5m, 1:30:00, and not '" + text +
-         "'";
-}
-
-std::string why_no_split(const std::string& text) {
-  const auto us = parse_time_word(text);
-  if (us && *us >= kShortestPartUs) return "";
-  return "needs a second at least, and not '" + text + "'";
-}
-
-CLI::Option* add_time(CLI::App* command, const char* name, const char* help,
-                      int64_t* us) {
-  return command
-      ->add_option_function<std::string>(
-          name,
-          [us](const std::string& word) {
-            *us = parse_time_word(word).value_or(0);
-          },
-          help)
-      ->type_name("TIME")
-      ->check(CLI::Validator(why_no_time, ""));
-}
-
 void add_verbosity(CLI::App* command, Verbosity* verbosity) {
   const auto sets = [verbosity](Verbosity value) {
     return [verbosity, value](int64_t) { *verbosity = value; };
@@ -120,83 +32,6 @@ void add_verbosity(CLI::App* command, Verbosity* verbosity) {
                              "Say nothing but what went wrong");
   command->add_flag_function("-v,--verbose", sets(Verbosity::kVerbose),
                              "Say all that the plugin says");
-}
-
-void add_rate_options(CLI::App* command, TakeArguments* arguments) {
-  command
-      ->add_option("-b", arguments->bit_rate,
-                   "AAC bits a second, as 96000 or 96k [64000;\n128000 from 3 "
-                   "channels on, 192000 from 5]")
-      ->type_name("BPS")
-      ->transform(CLI::AsNumberWithUnit(std::map<std::string, int64_t>{
-                                            {"k", 1000}, {"M", 1000000}})
-                      .description(""))
-      ->check(within(int64_t{1}, INT64_MAX));
-  command
-      ->add_option("--flush-every", arguments->flush_every_s,
-                   "Make what was recorded durable this often;\n0: never [1]")
-      ->type_name("SECONDS")
-      ->check(CLI::Validator(why_no_interval, ""));
-}
-
-void add_take_options(CLI::App* command, bool has_capture,
-                      TakeArguments* arguments) {
-  add_time(command, "--duration",
-           "End the take when it holds so much\n(90, 5m, 1:30:00)",
-           &arguments->duration_us);
-  command
-      ->add_option("-i", arguments->input,
-                   "Audio file, or - for raw stdin [the microphone]")
-      ->type_name("FILE")
-      ->check(file_name());
-  command
-      ->add_option("-D,--device", arguments->device,
-                   "Record from this device; see corvane devices")
-      ->type_name("NAME")
-      ->check(file_name());
-  add_format(command, "Rate, of raw audio or to record at [48000]",
-             &arguments->sample_rate,
-             "Channels of raw audio or to record, 1 to 6 [1]", INT32_MAX,
-             &arguments->channels);
-  add_rate_options(command, arguments);
-  command->add_flag("--realtime", arguments->realtime,
-                    "Feed no faster than the audio plays");
-  command
-      ->add_option("--chunk-ms", arguments->chunk_ms,
-                   "Audio in one append, 1 to 1000 [as it comes]")
-      ->type_name("MS")
-      ->check(within(1, 1000));
-  command->add_flag("--raw", arguments->raw,
-                    "Take raw audio as samples however it starts");
-  command->add_flag("--no-meter", arguments->no_meter,
-                    "Show no line with level, time and size");
-  command->add_flag("--force", arguments->force,
-                    "Do what is refused for its format or its look");
-  command->callback([arguments, has_capture] {
-    const std::string objection = objection_to_usage(*arguments, has_capture);
-    if (!objection.empty()) throw CLI::ValidationError(objection);
-  });
-}
-
-CLI::App* add_record(CLI::App* app, TakeArguments* arguments) {
-  CLI::App* command = app->add_subcommand("record", "Record a new take");
-  add_file(command, "OUT.aac", "The capture to write", &arguments->output);
-  add_take_options(command, false, arguments);
-  add_time(command, "--split",
-           "Begin a new file so often: OUT-001.aac,\nOUT-002.aac...",
-           &arguments->split_us)
-      ->check(CLI::Validator(why_no_split, ""));
-  command->footer(kRecordNotes);
-  return command;
-}
-
-CLI::App* add_resume(CLI::App* app, TakeArguments* arguments) {
-  CLI::App* command =
-      app->add_subcommand("resume", "Continue an interrupted take");
-  add_file(command, "OUT.aac", "The capture to continue", &arguments->output);
-  add_take_options(command, true, arguments);
-  command->footer(kResumeNotes);
-  return command;
 }
 
 CLI::App* add_finalize(CLI::App* app, FinalizeArguments* arguments) {
