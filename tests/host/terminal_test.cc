@@ -111,6 +111,23 @@ TEST_F(TerminalTest, NothingOfTheLiveLineStaysBehind) {
   EXPECT_EQ(screen.Text().find(" dB"), std::string::npos) << screen.Text();
 }
 
+// Standard error has a writer of its own, and the result doesn't wait for it
+// by itself.
+TEST_F(TerminalTest, TheResultOnTheSameTerminalComesBehindTheLiveLine) {
+  TerminalSession::Setup setup;
+  setup.script = "\"$@\" >/dev/tty";
+  TerminalSession session(Recording(), setup);
+  AwaitKeys(&session);
+  session.Await(" dB");
+  session.Type("q");
+  EXPECT_EQ(session.AwaitEnd(), 0);
+  const std::string& shown = session.shown();
+  const size_t result = shown.find("{\"path\"");
+  ASSERT_NE(result, std::string::npos) << shown;
+  EXPECT_LT(shown.rfind(" dB"), shown.rfind("\r\x1b[J", result)) << shown;
+  EXPECT_EQ(shown.find("\x1b", result), std::string::npos) << shown;
+}
+
 TEST_F(TerminalTest, WithoutAMeterThereAreKeysAndNoLiveLine) {
   TerminalSession session(Recording({"--no-meter"}), {});
   AwaitKeys(&session);
