@@ -28,10 +28,16 @@ rival_packages=(
   gstreamer1.0-libav gstreamer1.0-alsa
 )
 
+# To hear: two sound servers, with ALSA's way to them.
+sound_packages=(
+  libasound2-plugins pulseaudio pulseaudio-utils
+  pipewire pipewire-pulse wireplumber dbus-daemon
+)
+
 # To test: the second compiler with its sanitizers and checkers, GoogleTest,
 # GTK, which builds against a Flutter SDK's own library and those of
-# applications ask for, what makes file systems and disks for them, what reads
-# manuals, and two sound servers with ALSA's way to them.
+# applications ask for, what makes file systems and disks for them, and
+# what reads manuals.
 # shellcheck disable=SC2034 # for those who source this
 test_packages=(
   "${bench_packages[@]}"
@@ -39,8 +45,7 @@ test_packages=(
   libgtest-dev libgmock-dev libgtk-3-dev
   e2fsprogs xfsprogs btrfs-progs libfuse3-dev mount
   git groff-base python3 strace valgrind
-  libasound2-plugins pulseaudio pulseaudio-utils
-  pipewire pipewire-pulse wireplumber dbus-daemon
+  "${sound_packages[@]}"
   shellcheck
 )
 

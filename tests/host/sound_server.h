@@ -19,6 +19,7 @@ class SoundServer {
   // Returns when it takes clients, and fails the test if it never does. The
   // stage is mono at 48000 Hz.
   explicit SoundServer(ServerKind kind);
+  ~SoundServer() { Kill(); }
 
   // For its clients; ALSA's default device is the stage.
   const std::map<std::string, std::string>& environment() const {

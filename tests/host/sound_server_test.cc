@@ -4,13 +4,11 @@
 
 #include <unistd.h>
 
-#include <algorithm>
-#include <cmath>
 #include <csignal>
 #include <cstdlib>
-#include <cstring>
 #include <nlohmann/json.hpp>
 
+#include "host/correlation.h"
 #include "host/record_fixture.h"
 #include "support/pcm.h"
 
@@ -20,77 +18,6 @@ namespace {
 using nlohmann::json;
 
 constexpr int kStageRate = 48000;
-
-using Samples = std::vector<double>;
-
-Samples samples_of(const Bytes& pcm) {
-  Samples samples(pcm.size() / 2);
-  for (size_t i = 0; i < samples.size(); ++i) {
-    int16_t sample = 0;
-    std::memcpy(&sample, &pcm[2 * i], sizeof(sample));
-    samples[i] = sample;
-  }
-  return samples;
-}
-
-double energy_of(const Samples& signal, size_t from, size_t size) {
-  double energy = 0;
-  for (size_t i = from; i < from + size; ++i) energy += signal[i] * signal[i];
-  return energy;
-}
-
-// Of two pieces of equal size: 1 where one is the other, at any level.
-double correlation(const Samples& one, size_t from, const Samples& other,
-                   size_t other_from, size_t size) {
-  double product = 0;
-  for (size_t i = 0; i < size; ++i) {
-    product += one[from + i] * other[other_from + i];
-  }
-  const double energies =
-      energy_of(one, from, size) * energy_of(other, other_from, size);
-  return energies > 0 ? product / std::sqrt(energies) : 0;
-}
-
-// Where it begins to be heard.
-int64_t onset_of(const Samples& signal) {
-  const auto loud = std::find_if(signal.begin(), signal.end(),
-                                 [](double sample) { return sample > 500; });
-  return loud - signal.begin();
-}
-
-// Where in `recorded` the piece of `played` is that begins at `from`: the lag
-// with the greatest correlation among those from `least` to `most`.
-int64_t lag_of(const Samples& played, size_t from, size_t size,
-               const Samples& recorded, int64_t least, int64_t most) {
-  int64_t best = least;
-  double highest = -1;
-  for (int64_t lag = least; lag <= most; ++lag) {
-    const int64_t at = static_cast<int64_t>(from) + lag;
-    if (at < 0 || at + static_cast<int64_t>(size) >
-                      static_cast<int64_t>(recorded.size())) {
-      continue;
-    }
-    const double found =
-        correlation(played, from, recorded, static_cast<size_t>(at), size);
-    if (found > highest) {
-      highest = found;
-      best = lag;
-    }
-  }
-  return best;
-}
-
-// The loudest piece between two places.
-size_t loudest_of(const Samples& signal, size_t from, size_t to, size_t size) {
-  size_t best = from;
-  double most = -1;
-  for (size_t at = from; at + size <= to; at += size) {
-    const double energy = energy_of(signal, at, size);
-    if (energy > most) best = at;
-    most = std::max(most, energy);
-  }
-  return best;
-}
 
 // How much is played: ten seconds, or as many as the environment says.
 size_t seconds_played() {
@@ -143,7 +70,7 @@ class SoundServerTest : public ProgramTest {
     for (Stage* const stage : stages_) stage->recorder->Signal(signal);
   }
 
-  static Samples Decoded(const std::string& take) {
+  static Waveform Decoded(const std::string& take) {
     const std::string raw = take + ".raw";
     const ChildResult run =
         Child(
@@ -158,7 +85,7 @@ class SoundServerTest : public ProgramTest {
   }
 
   // Every half second of what was played is there, at one and the same offset.
-  static void ShouldHold(const Samples& played, const Samples& recorded) {
+  static void ShouldHold(const Waveform& played, const Waveform& recorded) {
     constexpr size_t kPiece = kStageRate / 2;
     const int64_t near = onset_of(recorded) - onset_of(played);
     const int64_t lag =
@@ -215,7 +142,7 @@ TEST_F(SoundServerTest, WhatAStoppedProgramMissedIsTold) {
   Signal(SIGCONT);
   one->Wait();
   other->Wait();
-  const Samples played = samples_of(speech);
+  const Waveform played = samples_of(speech);
   const size_t before = loudest_of(played, 0, kStageRate, kPiece);
   const size_t behind =
       loudest_of(played, 8 * kStageRate, 10 * kStageRate, kPiece);
@@ -229,7 +156,7 @@ TEST_F(SoundServerTest, WhatAStoppedProgramMissedIsTold) {
     ASSERT_NE(at, std::string::npos) << run.err;
     const double told_ms = std::stod(run.err.substr(at + 9));
     EXPECT_GT(told_ms, 100);
-    const Samples recorded = Decoded(stage->take);
+    const Waveform recorded = Decoded(stage->take);
     const int64_t near = onset_of(recorded) - onset_of(played);
     const int64_t lag =
         lag_of(played, before, kPiece, recorded, near - 3000, near + 3000);
