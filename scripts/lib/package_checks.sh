@@ -209,7 +209,13 @@ prepare_examples() {
   printf '#!/bin/sh\nexec timeout -s INT --preserve-status 2 "%s" "$@"\n' \
     "$2/corvane" >"$1/corvane"
   chmod +x "$1/arecord" "$1/corvane"
-  cat >"$1/asound.conf" <<END
+  make_faulty_microphone "$PWD/$1/asound.conf"
+}
+
+# make_faulty_microphone FILE: the tests' own plug-in for ALSA as the default
+# device; nobody has told it to fail.
+make_faulty_microphone() {
+  cat >"$1" <<END
 pcm_type.corvane_faults {
   lib "$PWD/build/release/libasound_module_pcm_corvane_faults.so"
 }
@@ -221,7 +227,7 @@ pcm.hw {
   type corvane_faults
 }
 END
-  export ALSA_CONFIG_PATH=$PWD/$1/asound.conf
+  export ALSA_CONFIG_PATH=$1
 }
 
 # completion_is_sound CORVANE: it offers what the help lists, and the manual

@@ -46,7 +46,7 @@ test_packages=(
   e2fsprogs xfsprogs btrfs-progs libfuse3-dev mount
   git groff-base python3 strace valgrind
   "${sound_packages[@]}"
-  shellcheck
+  shellcheck systemd
 )
 
 # To make the Debian package, and to try it on a bare system.
