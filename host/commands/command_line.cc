@@ -100,12 +100,13 @@ std::optional<CommandLine> parse_command_line(int argc, char** argv,
   });
   CommandLine line;
   // One of the two is parsed at most, so they share their arguments.
-  const CLI::App* record = add_record(&app, &line.take);
-  const CLI::App* resume = add_resume(&app, &line.take);
-  const CLI::App* finalize = add_finalize(&app, &line.finalize);
-  const CLI::App* devices = add_devices(&app, &line.devices_as_json);
-  const CLI::App* repair_wav = add_repair_wav(&app, &line.repair_wav);
-  add_info(&app, &line.info);
+  const std::pair<const CLI::App*, Command> commands[] = {
+      {add_record(&app, &line.take), Command::kRecord},
+      {add_resume(&app, &line.take), Command::kResume},
+      {add_finalize(&app, &line.finalize), Command::kFinalize},
+      {add_devices(&app, &line.devices_as_json), Command::kDevices},
+      {add_repair_wav(&app, &line.repair_wav), Command::kRepairWav},
+      {add_info(&app, &line.info), Command::kInfo}};
   for (CLI::App* command : app.get_subcommands({})) {
     add_verbosity(command, &line.verbosity);
   }
@@ -115,12 +116,9 @@ std::optional<CommandLine> parse_command_line(int argc, char** argv,
     *status = app.exit(error) == 0 ? kExitDone : kExitUsage;
     return std::nullopt;
   }
-  line.command = record->parsed()       ? Command::kRecord
-                 : resume->parsed()     ? Command::kResume
-                 : finalize->parsed()   ? Command::kFinalize
-                 : devices->parsed()    ? Command::kDevices
-                 : repair_wav->parsed() ? Command::kRepairWav
-                                        : Command::kInfo;
+  for (const auto& [app_of_it, command] : commands) {
+    if (app_of_it->parsed()) line.command = command;
+  }
   return line;
 }
 

@@ -126,8 +126,9 @@ void Feeder::WaitForInput() {
   engine_->IterateUntil(
       [&] { return ending_->has_come() || readable.has_come(); });
   waiting_since_us_.reset();
-  longest_gap_us_ =
-      std::max(longest_gap_us_, g_get_monotonic_time() - since_us);
+  const int64_t gap_us = g_get_monotonic_time() - since_us;
+  longest_gap_us_ = std::max(longest_gap_us_, gap_us);
+  if (ending_->has_come()) last_gap_us_ = gap_us;
 }
 
 void Feeder::ReadChunk() {

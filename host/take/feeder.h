@@ -57,9 +57,13 @@ class Feeder {
 
   int64_t sent_frames() const { return sent_frames_; }
   // Of an incomplete last sample frame.
-  int64_t leftover_bytes() const { return static_cast<int64_t>(filled_); }
+  int64_t leftover_bytes() const {
+    return static_cast<int64_t>(filled_ % frame_bytes_);
+  }
   // The longest time in which no audio came, the first audio apart.
   int64_t longest_gap_us() const { return longest_gap_us_; }
+  // For how long none had come when the take was ended.
+  int64_t last_gap_us() const { return last_gap_us_; }
 
  private:
   void WaitForRoom();
@@ -92,6 +96,7 @@ class Feeder {
   std::optional<int64_t> paused_since_us_;
   std::optional<int64_t> waiting_since_us_;
   int64_t longest_gap_us_ = 0;
+  int64_t last_gap_us_ = 0;
 };
 
 }  // namespace corvane

@@ -1,6 +1,7 @@
 #include "take/recorder.h"
 
 #include <glib.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <filesystem>
@@ -15,6 +16,11 @@ namespace {
 constexpr guint kWatchIntervalMs = 1000;
 
 constexpr size_t kLeastDigits = 3;
+
+bool can_make_files_beside(const std::string& path) {
+  const std::string folder = std::filesystem::path(path).parent_path().string();
+  return access(folder.empty() ? "." : folder.c_str(), W_OK | X_OK) == 0;
+}
 
 }  // namespace
 
@@ -75,6 +81,7 @@ void Recorder::CollectResult() {
   result_.frames = feeder_.sent_frames();
   result_.leftover_bytes = feeder_.leftover_bytes();
   result_.longest_gap_us = feeder_.longest_gap_us();
+  result_.last_gap_us = feeder_.last_gap_us();
   result_.flushes = flushes_.figures();
   for (Part& part : parts_) {
     result_.parts.push_back(std::move(part.result()));
@@ -82,11 +89,8 @@ void Recorder::CollectResult() {
 }
 
 void Recorder::BeginPart(CaptureLock lock) {
-  const bool is_split = options_.feed.part_frames.has_value();
   PartSetup setup;
-  setup.path = is_split ? part_path(options_.capture_path,
-                                    static_cast<int>(parts_.size()) + 1)
-                        : options_.capture_path;
+  setup.path = NextPath();
   setup.format = source_->format();
   setup.bit_rate = options_.bit_rate;
   setup.goes_on = options_.kept.has_value();
@@ -100,8 +104,24 @@ void Recorder::EndPart() {
   part_start_ = feeder_.sent_frames();
 }
 
-// Nothing of it waits for an answer, so a slow disk holds up no audio.
+// A number that another program is at work on is left out: behind the first
+// part there is nobody any more who could choose another name.
+std::string Recorder::NextPath() {
+  if (!options_.feed.part_frames) return options_.capture_path;
+  std::string path = part_path(options_.capture_path, next_number_++);
+  while (!parts_.empty() && holder_of(path)) {
+    path = part_path(options_.capture_path, next_number_++);
+  }
+  return path;
+}
+
+// Nothing of it waits for an answer, so a slow disk holds up no audio. Where no
+// file can be made, the open one goes on.
 void Recorder::NextPart() {
+  if (!can_make_files_beside(options_.capture_path)) {
+    ++result_.missed_splits;
+    return;
+  }
   EndPart();
   parts_.back().Seal();
   BeginPart(CaptureLock());

@@ -42,6 +42,8 @@ struct TakeResult {
   int64_t frames = 0;          // whole sample frames handed over
   int64_t leftover_bytes = 0;  // of an incomplete last sample frame
   int64_t longest_gap_us = 0;  // in which no audio came
+  int64_t last_gap_us = 0;     // the same, before it was ended
+  int64_t missed_splits = 0;   // where the next file could not be begun
   int64_t wall_us = 0;         // from the start to the seal
   int64_t pauses = 0;          // that were begun
   std::vector<int64_t> marks;  // ms within the take, what it kept included
@@ -74,6 +76,8 @@ class Recorder {
 
   // The following are called from within the main context.
 
+  // Whether the first audio has come.
+  bool has_begun() const { return has_begun_; }
   // Ends a running take, as at the source's end.
   void Stop(TakeEnd why);
   // Pauses, or goes on; returns whether it is paused now. Nothing before the
@@ -88,6 +92,7 @@ class Recorder {
   void BeginPart(CaptureLock lock);
   void EndPart();
   void NextPart();
+  std::string NextPath();
   void CollectResult();
 
   Engine* const engine_;
@@ -99,6 +104,7 @@ class Recorder {
   Ending ending_;
   FlushClock flushes_;
   std::deque<Part> parts_;  // each stays where it is
+  int next_number_ = 1;     // of a part
   int64_t part_start_ = 0;  // sample frames before the part that is written
   bool has_begun_ = false;
   Feeder feeder_;

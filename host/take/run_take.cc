@@ -19,22 +19,27 @@
 namespace corvane {
 namespace {
 
-void tell_pause(const Recorder& recorder, std::optional<bool> is_paused,
-                Console* console) {
+constexpr char kTooEarly[] = "nothing is recorded yet, as no audio has come";
+
+void toggle_pause(Recorder* recorder, Console* console) {
+  if (!recorder->has_begun()) return console->Note(kTooEarly);
+  const auto is_paused = recorder->TogglePause();
   if (!is_paused) return;
   console->Note((*is_paused ? "paused at " : "goes on at ") +
-                clock_tenths(recorder.PositionMs()));
+                clock_tenths(recorder->PositionMs()));
 }
 
-void tell_mark(std::optional<int64_t> mark_ms, Console* console) {
+void mark(Recorder* recorder, Console* console) {
+  if (!recorder->has_begun()) return console->Note(kTooEarly);
+  const auto mark_ms = recorder->Mark();
   if (mark_ms) console->Note("marked " + clock_tenths(*mark_ms));
 }
 
 void on_signal(int signal, Recorder* recorder, Console* console) {
   if (signal == SIGUSR1) {
-    tell_pause(*recorder, recorder->TogglePause(), console);
+    toggle_pause(recorder, console);
   } else if (signal == SIGUSR2) {
-    tell_mark(recorder->Mark(), console);
+    mark(recorder, console);
   } else {
     recorder->Stop(TakeEnd::kSignal);
   }
@@ -44,8 +49,8 @@ constexpr char kKeys[] =
     "keys: space pauses and goes on, m marks the moment, q stops and seals";
 
 void on_key(char key, Recorder* recorder, Console* console) {
-  if (key == ' ') tell_pause(*recorder, recorder->TogglePause(), console);
-  if (key == 'm') tell_mark(recorder->Mark(), console);
+  if (key == ' ') toggle_pause(recorder, console);
+  if (key == 'm') mark(recorder, console);
   if (key == 'q') recorder->Stop(TakeEnd::kKey);
   if (key == '?') console->Line(kKeys);
 }
@@ -62,14 +67,18 @@ TakeResult record_take(const TakeOptions& options, AudioSource* source,
     Recorder recorder(&engine, source, options, std::move(lock), &progress);
     const TakeSignals signals(
         [&](int signal) { on_signal(signal, &recorder, console); });
-    const Keyboard keyboard(STDIN_FILENO, console,
-                            [&](char key) { on_key(key, &recorder, console); });
+    std::optional<Keyboard> keyboard;
+    // A key that nobody sees work is worse than none.
+    if (console->verbosity() != Verbosity::kQuiet) {
+      keyboard.emplace(STDIN_FILENO, console,
+                       [&](char key) { on_key(key, &recorder, console); });
+    }
     take = recorder.Run();
   }
   engine.Shutdown();
   log->Flush();
-  if (!take.parts.empty() && take.parts.back().sealed) {
-    take.parts.back().sealed->skipped_bytes = skipped_bytes;
+  for (PartResult& part : take.parts) {
+    if (part.sealed) part.sealed->skipped_bytes = skipped_bytes;
   }
   return take;
 }

@@ -42,7 +42,7 @@ Json json_of_parts(const TakeResult& take) {
     sum.bytes += sealed.bytes;
     sum.source_duration_ms += sealed.source_duration_ms;
     sum.dropped_append_bytes += sealed.dropped_append_bytes;
-    sum.skipped_bytes = sealed.skipped_bytes;  // only the last may have some
+    sum.skipped_bytes = sealed.skipped_bytes;  // of the last, for all
     parts.push_back({{"path", sealed.path},
                      {"durationMs", sealed.duration_ms},
                      {"bytes", sealed.bytes},

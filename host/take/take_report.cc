@@ -1,10 +1,13 @@
 #include "take/take_report.h"
 
+#include <unistd.h>
+
 #include <string>
 #include <vector>
 
 #include "engine/plugin_reply.h"
 #include "looks/capture_look.h"
+#include "take/take_arguments.h"
 #include "terminal/way_out.h"
 #include "terminal/wording.h"
 
@@ -15,6 +18,7 @@ namespace {
 // last one's padding, and the same again for each restart of the codec.
 constexpr int64_t kMostExtraFrames = 8;
 constexpr int64_t kMostExtraFramesOfPause = 3;
+constexpr int64_t kTellableGapUs = 2'000'000;
 constexpr int64_t kSamplesPerFrame = 1024;
 
 bool is_last_sealed(const TakeResult& take) {
@@ -60,10 +64,15 @@ std::string disagreement(const TakeOptions& options, const AudioSource& source,
 }
 
 // The command that goes on with the capture.
-std::string resume_command(const std::string& path, const AudioSource& source) {
+std::string resume_command(const std::string& path, const AudioSource& source,
+                           int64_t bit_rate) {
+  std::string words = "corvane resume " + shell_word(path);
   const std::string input = source.how_to_continue();
-  return "corvane resume " + shell_word(path) +
-         (input.empty() ? "" : " " + input);
+  if (!input.empty()) words += " " + input;
+  if (bit_rate != bit_rate_of({}, source.format().channels)) {
+    words += " -b " + std::to_string(bit_rate);
+  }
+  return words;
 }
 
 // What is left of a take that failed, and how to go on.
@@ -72,7 +81,7 @@ void report_next_step(const TakeOptions& options, const AudioSource& source,
                       Console* console) {
   const std::string path = last_path(options, take);
   const std::string command =
-      "continue it with: " + resume_command(path, source);
+      "continue it with: " + resume_command(path, source, options.bit_rate);
   if (is_last_sealed(take)) {
     console->Complain(path + ": the capture is whole up to " +
                       clock_tenths(take.parts.back().sealed->duration_ms) +
@@ -171,6 +180,34 @@ std::string whereabouts(const PartResult& part) {
          part.moved_to;
 }
 
+// What is no failure, and yet not as one would think.
+void warn(const TakeOptions& options, const AudioSource& source,
+          const TakeResult& take, Console* console) {
+  if (take.leftover_bytes > 0) {
+    console->Complain(source.name() + ": it ended inside a sample frame, and " +
+                      std::to_string(take.leftover_bytes) +
+                      " byte(s) were left out; check that it is s16le with "
+                      "the channels that -c says");
+  }
+  if (take.last_gap_us >= kTellableGapUs && source.wait_fd() >= 0) {
+    console->Complain(source.name() + ": warning: nothing came for the last " +
+                      clock_tenths(take.last_gap_us / 1000) + " of the take");
+  }
+  if (take.missed_splits > 0) {
+    console->Complain(last_path(options, take) +
+                      ": warning: it is longer than it was to be, for no other "
+                      "file could be made in its folder");
+  }
+  if (!options.feed.part_frames || !take.has_started()) return;
+  const std::string next =
+      part_path(options.capture_path, static_cast<int>(take.parts.size()) + 1);
+  if (access(next.c_str(), F_OK) == 0) {
+    console->Complain(next +
+                      ": warning: it is there from an earlier take, and "
+                      "none of this one's parts");
+  }
+}
+
 // What went wrong without the plugin; returns whether anything did.
 bool report_circumstances(const TakeOptions& options, const AudioSource& source,
                           const TakeResult& take, Console* console) {
@@ -197,12 +234,7 @@ bool report_circumstances(const TakeOptions& options, const AudioSource& source,
 
 bool report_problems(const TakeOptions& options, const AudioSource& source,
                      const TakeResult& take, Console* console) {
-  if (take.leftover_bytes > 0) {
-    console->Complain(source.name() + ": it ended inside a sample frame, and " +
-                      std::to_string(take.leftover_bytes) +
-                      " byte(s) were left out; check that it is s16le with "
-                      "the channels that -c says");
-  }
+  warn(options, source, take, console);
   const bool odd = report_circumstances(options, source, take, console);
   if (!take.error && source.error().empty()) return odd;
   const std::string advice =

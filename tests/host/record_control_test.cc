@@ -113,6 +113,21 @@ TEST_F(RecordControlTest, TheFiguresOfASplitTakeAreThoseOfItsParts) {
   EXPECT_FALSE(result.contains("path")) << "none of them is the take";
 }
 
+// Under one name the files of two takes would look like one's.
+TEST_F(RecordControlTest, APartOfAnEarlierTakeIsNamed) {
+  const std::string wav = MakeWav("in.wav", Sine(120000));
+  Corvane({"record", take_, "-i", wav, "--split", "1s"});
+  const ChildResult run = Corvane(
+      {"record", take_, "-i", wav, "--split", "1s", "--duration", "1.5"});
+
+  EXPECT_EQ(run.status, 0) << run.err;
+  EXPECT_NE(run.err.find("corvane: " + Path("take-003.aac") +
+                         ": warning: it is there from an earlier take, and "
+                         "none of this one's parts"),
+            std::string::npos)
+      << run.err;
+}
+
 TEST_F(RecordControlTest, WhatIsNoTimeIsRefused) {
   const std::string wav = MakeWav("in.wav", Sine(4800));
   for (const char* word : {"nan", "-1", "0", "", "5x"}) {

@@ -312,8 +312,7 @@ TEST_F(SplitTest, WhatIsInAPartsWayIsMovedAside) {
   EXPECT_EQ(SplitFrames(ReadFile(Part(2))).size(), 10U);
 }
 
-// The first part is whole, and what could not be begun is told.
-TEST_F(SplitTest, APartThatCannotBeBegunEndsTheTake) {
+TEST_F(SplitTest, ANumberThatIsAnothersIsLeftOut) {
   const Bytes pcm = Sine(50000);
   corvane::CaptureLock rival;
   WriteFile(Part(2), {1, 2, 3});
@@ -322,13 +321,55 @@ TEST_F(SplitTest, APartThatCannotBeBegunEndsTheTake) {
   source.Play(pcm);
   const TakeResult take = Record(&source);
 
-  EXPECT_EQ(take.end, TakeEnd::kHeld);
+  EXPECT_EQ(take.end, TakeEnd::kInput);
   ASSERT_EQ(take.parts.size(), 2U);
-  EXPECT_TRUE(take.parts[0].sealed);
-  EXPECT_TRUE(take.parts[1].holder);
-  EXPECT_FALSE(take.parts[1].sealed);
+  EXPECT_EQ(take.parts[1].path, Part(3));
   EXPECT_EQ(ReadFile(Part(1)), TakeOf(AudioOf(pcm, 1)));
+  EXPECT_EQ(ReadFile(Part(3)), TakeOf(AudioOf(pcm, 2)));
   EXPECT_EQ(ReadFile(Part(2)), (Bytes{1, 2, 3})) << "the rival's is untouched";
+}
+
+TEST_F(SplitTest, TheFirstNumberIsNobodyElses) {
+  corvane::CaptureLock rival;
+  WriteFile(Part(1), {1, 2, 3});
+  ASSERT_FALSE(rival.Take(Part(1)));
+  ScriptedSource source(true);
+  source.Play(Sine(50000));
+  const TakeResult take = Record(&source);
+
+  EXPECT_EQ(take.end, TakeEnd::kHeld);
+  ASSERT_EQ(take.parts.size(), 1U);
+  EXPECT_TRUE(take.parts[0].holder);
+}
+
+TEST_F(SplitTest, WhereNoOtherFileCanBeMadeTheOpenOneGoesOn) {
+  const Bytes pcm = Sine(100000);
+  const std::string folder = Path("folder");
+  ASSERT_EQ(mkdir(folder.c_str(), 0700), 0);
+  options_.capture_path = folder + "/take.aac";
+  ScriptedSource source(true);
+  source.Play(Slice(pcm, 0, 60000));
+  source.Do(
+      [&] { ASSERT_EQ(rename(folder.c_str(), Path("elsewhere").c_str()), 0); });
+  source.Play(Slice(pcm, 60000));
+  const TakeResult take = Record(&source);
+
+  EXPECT_EQ(take.missed_splits, 2);
+  ASSERT_EQ(take.parts.size(), 1U);
+  EXPECT_EQ(take.parts[0].moved_to, Path("elsewhere/take-001.aac"));
+  EXPECT_EQ(take.parts[0].frames, 100000);
+  EXPECT_EQ(ReadFile(Path("elsewhere/take-001.aac")), TakeOf(pcm));
+}
+
+// A device, whose buffer holds whole sample frames, is no liar then.
+TEST_F(TakeControlTest, WhatWasReadForATakeThatNeverBeganIsNoLeftover) {
+  options_.capture_path = Path("nowhere/take.aac");
+  ScriptedSource source(true);
+  source.Play(Sine(9000));
+  const TakeResult take = Record(&source);
+
+  EXPECT_TRUE(take.error);
+  EXPECT_EQ(take.leftover_bytes, 0);
 }
 
 TEST_F(SplitTest, APartThatWasMovedIsSealedWhereItIs) {

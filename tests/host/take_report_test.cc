@@ -32,6 +32,10 @@ class TakeReportTest : public ::testing::Test {
   Words Report() {
     const auto source = corvane::open_raw_input(-1, {48000, 1}, false);
     EXPECT_TRUE(corvane::report_problems(options_, *source, take_, &console_));
+    return Said();
+  }
+
+  Words Said() const {
     const Bytes said = ReadFile(dir_.Path("log"));
     return Lines(std::string(said.begin(), said.end()));
   }
@@ -69,6 +73,29 @@ TEST_F(TakeReportTest, ATakeThatCannotBeSealedSaysSo) {
   EXPECT_EQ(Report()[1], "corvane: " + path_ +
                              " keeps what was recorded until then, but could "
                              "not be sealed");
+}
+
+TEST_F(TakeReportTest, ABitRateOfOnesOwnIsNamedForTheRest) {
+  options_.bit_rate = 96000;
+  FailWith({"WRITE_FAILED", "write failed: No space left on device", "errno",
+            ENOSPC, path_});
+  take_.parts[0].sealed.emplace().duration_ms = 1000;
+  EXPECT_NE(
+      Report().back().find("corvane resume '" + path_ + "' -i - -b 96000"),
+      std::string::npos);
+}
+
+// The source may come back, or be dead: nobody would know.
+TEST_F(TakeReportTest, ALiveSourceThatWasSilentToTheEndIsNamed) {
+  Begin();
+  take_.parts[0].sealed.emplace();
+  take_.end = corvane::TakeEnd::kSignal;
+  take_.last_gap_us = 10'085'000;
+  const auto source = corvane::open_raw_input(log_.get(), {48000, 1}, false);
+  EXPECT_FALSE(corvane::report_problems(options_, *source, take_, &console_));
+  EXPECT_EQ(Said(),
+            Words({"corvane: standard input: warning: nothing came for the "
+                   "last 0:10.0 of the take"}));
 }
 
 // Not a word would pass for success.
