@@ -44,6 +44,18 @@ TEST_F(SoundDevicesTest, WhatCanRecordIsListedALineEachTheDefaultFirst) {
                                    "  my mic, left  Lapel"}));
 }
 
+TEST_F(SoundDevicesTest, WhatIsBusyOrForbiddenIsThereAllTheSame) {
+  const ChildResult run = Devices(R"(
+pcm.!default { type corvane_faults open busy hint { show on } }
+pcm.desk { type corvane_faults open denied hint { show on } }
+pcm.gone { type corvane_faults open unplugged hint { show on } }
+)");
+  EXPECT_EQ(run.status, 0);
+  ASSERT_EQ(Lines(run.out).size(), 2U) << run.out;
+  EXPECT_EQ(Lines(run.out)[0].substr(0, 9), "* default");
+  EXPECT_EQ(Lines(run.out)[1].substr(0, 6), "  desk");
+}
+
 TEST_F(SoundDevicesTest, JsonIsOneArray) {
   const ChildResult run = Devices(kMany, {"--json"});
   EXPECT_EQ(run.status, 0);
