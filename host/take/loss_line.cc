@@ -29,8 +29,8 @@ const char* reason_of(const Loss& loss) {
 
 std::string line_of(const Loss& loss) {
   return "warning: " + length_of(loss) + " of sound are missing after " +
-         clock_tenths(loss.after_us / kUsPerMs) + ": " + reason_of(loss) +
-         "; the take goes on";
+         clock_tenths(loss.after_us / kUsPerMs) +
+         " of listening: " + reason_of(loss) + "; the take goes on";
 }
 
 }  // namespace corvane

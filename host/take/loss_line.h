@@ -8,7 +8,8 @@
 
 namespace corvane {
 
-// When, how long, and why, as far as that is known.
+// When, by the sound that came, paused or not; how long; and why, as far as
+// that is known.
 std::string line_of(const Loss& loss);
 
 }  // namespace corvane
