@@ -126,19 +126,13 @@ class MicrophoneTest : public ::testing::Test {
   int wake_ups_ = 0;
 };
 
-TEST_F(MicrophoneTest, EverySampleComesThroughOnce) {
+TEST_F(MicrophoneTest, EverySampleComesThroughOnceInTenWakeUpsASecond) {
   Open(Ramp(""));
   ASSERT_NE(source_, nullptr) << error_.text;
   ReadFrames(kMicrophoneRate);
   EXPECT_EQ(Sample(0), 0);
   EXPECT_EQ(Jumps(), std::vector<int>());
   EXPECT_EQ(source_->overruns()->count, 0);
-}
-
-TEST_F(MicrophoneTest, ASecondOfSoundWakesTenTimes) {
-  Open(Ramp(""));
-  ASSERT_NE(source_, nullptr) << error_.text;
-  ReadFrames(kMicrophoneRate);
   EXPECT_LE(wake_ups_, 12);
 }
 

@@ -9,15 +9,21 @@ namespace corvane_test {
 namespace {
 
 // What the system's configuration would add, such as a device of its own, stays
-// away. The server is its own process group, so that it ends as a whole.
+// away. The server is its own process group, so that it ends as a whole. A sink
+// that takes back what it has played already, for a player that joins or comes
+// late, has handed part of it to the recorders, and another part is lost to
+// them: such a one would make gaps of its own.
 constexpr char kPulseAudio[] = R"(
 exec setsid pulseaudio -n --daemonize=no --exit-idle-time=-1 --log-level=info \
   -L "module-native-protocol-unix" \
-  -L "module-null-sink sink_name=stage rate=48000 channels=1 format=s16le"
+  -L "module-null-sink sink_name=stage rate=48000 channels=1 format=s16le \
+    norewinds=1"
 )";
 
-// It needs a message bus, and a session manager to connect its clients.
+// It needs a message bus, and a session manager to connect its clients. A
+// socket that a killed one left would be taken for its own.
 constexpr char kPipeWire[] = R"(
+rm -f "$XDG_RUNTIME_DIR"/pipewire-*
 exec setsid dbus-run-session -- sh -c '
   pipewire & until [ -S "$XDG_RUNTIME_DIR/pipewire-0" ]; do sleep 0.02; done
   wireplumber & pipewire-pulse &
@@ -35,7 +41,7 @@ pcm.!default { type pulse device "stage.monitor" }
 
 }  // namespace
 
-SoundServer::SoundServer(ServerKind kind) {
+SoundServer::SoundServer(ServerKind kind) : kind_(kind) {
   const std::string config = dir_.Path("asound.conf");
   const std::string text = kAlsa;
   WriteFile(config, Bytes(text.begin(), text.end()));
@@ -47,28 +53,36 @@ SoundServer::SoundServer(ServerKind kind) {
                   {"PULSE_RUNTIME_PATH", dir_.Path("pulse")},
                   {"PULSE_SERVER", "unix:" + dir_.Path("pulse/native")},
                   {"ALSA_CONFIG_PATH", config}};
+}
+
+void SoundServer::Start() {
   ChildSetup setup;
   setup.environment = environment_;
   // Its clients' variable, which a server takes for another server.
-  if (kind == ServerKind::kPulseAudio) setup.environment["PULSE_SERVER"] = "";
+  if (kind_ == ServerKind::kPulseAudio) setup.environment["PULSE_SERVER"] = "";
   server_ = std::make_unique<Child>(
       std::vector<std::string>{
           "/bin/sh", "-c",
-          kind == ServerKind::kPulseAudio ? kPulseAudio : kPipeWire},
+          kind_ == ServerKind::kPulseAudio ? kPulseAudio : kPipeWire},
       setup);
-  server_->AwaitError("Daemon startup complete.");
 }
 
+// The server is given far more than it plays at once, so that a player that the
+// machine keeps waiting leaves no gap: after two seconds it would.
 std::unique_ptr<Child> SoundServer::Play(const std::string& path) {
   ChildSetup setup;
   setup.environment = environment_;
   return std::make_unique<Child>(
       std::vector<std::string>{"/usr/bin/pacat", "--playback", "--device=stage",
                                "--raw", "--format=s16le", "--rate=48000",
-                               "--channels=1", path},
+                               "--channels=1", "--latency-msec=30000", path},
       setup);
 }
 
-void SoundServer::Kill() { kill(-server_->pid(), SIGKILL); }
+void SoundServer::Kill() {
+  if (server_ == nullptr) return;
+  kill(-server_->pid(), SIGKILL);
+  server_.reset();
+}
 
 }  // namespace corvane_test

@@ -16,10 +16,15 @@ enum class ServerKind { kPulseAudio, kPipeWire };
 
 class SoundServer {
  public:
-  // Returns when it takes clients, and fails the test if it never does. The
-  // stage is mono at 48000 Hz.
+  // It doesn't run yet.
   explicit SoundServer(ServerKind kind);
   ~SoundServer() { Kill(); }
+
+  // Starts it, again if it was ended.
+  void Start();
+  // Returns when it takes clients, and fails the test if it never does. The
+  // stage is mono at 48000 Hz.
+  void AwaitReady() { server_->AwaitError("Daemon startup complete."); }
 
   // For its clients; ALSA's default device is the stage.
   const std::map<std::string, std::string>& environment() const {
@@ -33,6 +38,7 @@ class SoundServer {
   void Kill();
 
  private:
+  const ServerKind kind_;
   TempDir dir_;
   std::map<std::string, std::string> environment_;
   std::unique_ptr<Child> server_;

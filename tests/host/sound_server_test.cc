@@ -6,6 +6,7 @@
 
 #include <csignal>
 #include <cstdlib>
+#include <map>
 #include <nlohmann/json.hpp>
 
 #include "host/correlation.h"
@@ -40,45 +41,76 @@ Bytes speech_of(size_t seconds) {
   return speech;
 }
 
-// One of the servers, what is recorded from it, and what that said.
-struct Stage {
-  Stage(ServerKind kind, std::string path)
-      : server(kind), take(std::move(path)) {}
-
-  SoundServer server;
-  const std::string take;
+// What is recorded from one of the servers.
+struct Take {
+  SoundServer* server;
+  std::string path;
   std::unique_ptr<Child> recorder;
 };
+using Takes = std::vector<Take>;
+using Players = std::vector<std::unique_ptr<Child>>;
 
-// Both servers at once, since most of it is waiting.
+// Both servers at once, since most of it is waiting; and one start of them.
 class SoundServerTest : public ProgramTest {
  protected:
-  void Start(const Words& more = {}) {
-    for (Stage* const stage : stages_) {
-      ChildSetup setup;
-      setup.environment = stage->server.environment();
-      Words words = {"record", "-D", "default", stage->take};
-      words.insert(words.end(), more.begin(), more.end());
-      stage->recorder = StartCorvane(words, setup);
-    }
-    for (Stage* const stage : stages_) {
-      stage->recorder->AwaitError("AAC encoder aac started");
-    }
+  static void SetUpTestSuite() {
+    servers_["pulse"] = std::make_unique<SoundServer>(ServerKind::kPulseAudio);
+    servers_["pipewire"] = std::make_unique<SoundServer>(ServerKind::kPipeWire);
+    StartServers();
+  }
+  static void TearDownTestSuite() { servers_.clear(); }
+
+  static void StartServers() {
+    for (const auto& [name, server] : servers_) server->Start();
+    for (const auto& [name, server] : servers_) server->AwaitReady();
   }
 
-  void Signal(int signal) {
-    for (Stage* const stage : stages_) stage->recorder->Signal(signal);
+  // A take from each.
+  Takes Start(const std::string& name, const Words& more = {}) {
+    Takes takes;
+    for (const auto& [kind, server] : servers_) {
+      ChildSetup setup;
+      setup.environment = server->environment();
+      const std::string path = Path(kind + "-" + name + ".aac");
+      Words words = {"record", "-D", "default", path};
+      words.insert(words.end(), more.begin(), more.end());
+      takes.push_back({server.get(), path, StartCorvane(words, setup)});
+    }
+    return takes;
+  }
+
+  Takes StartAndAwait(const std::string& name, const Words& more = {}) {
+    Takes takes = Start(name, more);
+    for (const Take& take : takes) {
+      take.recorder->AwaitError("AAC encoder aac started");
+    }
+    return takes;
+  }
+
+  static void Signal(const Takes& takes, int signal) {
+    for (const Take& take : takes) take.recorder->Signal(signal);
+  }
+
+  // On each of them.
+  Players Play(const Bytes& sound) {
+    WriteFile(Path("sound.raw"), sound);
+    Players players;
+    for (const auto& [name, server] : servers_) {
+      players.push_back(server->Play(Path("sound.raw")));
+    }
+    return players;
+  }
+
+  static void AwaitEnd(const Players& players) {
+    for (const auto& player : players) EXPECT_EQ(player->Wait().status, 0);
   }
 
   static Waveform Decoded(const std::string& take) {
     const std::string raw = take + ".raw";
     const ChildResult run =
-        Child(
-            {"/bin/sh", "-c",
-             "exec ffmpeg -nostdin -v error -i \"$0\" -ac 1 -ar 48000 -f s16le "
-             "\"$1\"",
-             take, raw},
-            {})
+        Child({"/usr/bin/ffmpeg", "-nostdin", "-v", "error", "-i", take, "-ac",
+               "1", "-ar", "48000", "-f", "s16le", raw},
+              {})
             .Wait();
     EXPECT_EQ(run.status, 0) << run.err;
     return samples_of(ReadFile(raw));
@@ -101,98 +133,114 @@ class SoundServerTest : public ProgramTest {
     }
   }
 
-  Stage pulse_audio_{ServerKind::kPulseAudio, Path("pulse.aac")};
-  Stage pipe_wire_{ServerKind::kPipeWire, Path("pipewire.aac")};
-  Stage* const stages_[2] = {&pulse_audio_, &pipe_wire_};
-};
-
-TEST_F(SoundServerTest, WhatWasPlayedIsWhatIsRecorded) {
-  const Bytes speech = speech_of(seconds_played());
-  WriteFile(Path("speech.raw"), speech);
-  Start({"-b", "128k"});
-  const auto one = pulse_audio_.server.Play(Path("speech.raw"));
-  const auto other = pipe_wire_.server.Play(Path("speech.raw"));
-  EXPECT_EQ(one->Wait().status, 0);
-  EXPECT_EQ(other->Wait().status, 0);
-  Signal(SIGINT);
-  for (Stage* const stage : stages_) {
-    SCOPED_TRACE(stage->take);
-    const ChildResult run = stage->recorder->Wait();
+  static void ShouldEndWhole(const Take& take, const Waveform& played) {
+    SCOPED_TRACE(take.path);
+    const ChildResult run = take.recorder->Wait();
     EXPECT_EQ(run.status, 0) << run.err;
     EXPECT_EQ(run.err.find("warning"), std::string::npos) << run.err;
-    ShouldHold(samples_of(speech), Decoded(stage->take));
+    ShouldHold(played, Decoded(take.path));
   }
+
+  static inline std::map<std::string, std::unique_ptr<SoundServer>> servers_;
+};
+
+TEST_F(SoundServerTest, WhatWasPlayedIsWhatIsRecordedInEachOfTwoTakes) {
+  const Bytes speech = speech_of(seconds_played());
+  const Takes one = StartAndAwait("one", {"-b", "128k"});
+  const Takes other = StartAndAwait("other", {"-b", "128k"});
+  AwaitEnd(Play(speech));
+  Signal(one, SIGINT);
+  Signal(other, SIGINT);
+  for (const Take& take : one) ShouldEndWhole(take, samples_of(speech));
+  for (const Take& take : other) ShouldEndWhole(take, samples_of(speech));
 }
 
-// A server keeps four MiB for a program that doesn't read, 3.6 s of this. What
-// was played tells how much is missing: the speech behind the gap is that much
-// nearer to the speech before it.
+// What the program told to be missing, in ms.
+double told_ms(const std::string& err) {
+  const size_t at = err.find("warning: ");
+  EXPECT_NE(at, std::string::npos) << err;
+  return at == std::string::npos ? 0 : std::stod(err.substr(at + 9));
+}
+
+// What was played tells how much is missing: the speech behind the gap is that
+// much nearer to the speech before it.
+double missing_ms(const Waveform& played, size_t before, size_t behind,
+                  const Waveform& recorded, double about_ms) {
+  constexpr size_t kPiece = kStageRate / 8;
+  const int64_t near = onset_of(recorded) - onset_of(played);
+  const int64_t lag =
+      lag_of(played, before, kPiece, recorded, near - 3000, near + 3000);
+  const auto about = static_cast<int64_t>(about_ms * kStageRate / 1000);
+  const int64_t later = lag_of(played, behind, kPiece, recorded,
+                               lag - about - 5000, lag - about + 5000);
+  EXPECT_GT(
+      correlation(played, behind, recorded,
+                  static_cast<size_t>(static_cast<int64_t>(behind) + later),
+                  kPiece),
+      0.9);
+  return static_cast<double>(lag - later) * 1000 / kStageRate;
+}
+
+// A server keeps some MiB for a program that doesn't read, up to 5 s of this.
 TEST_F(SoundServerTest, WhatAStoppedProgramMissedIsTold) {
-  constexpr int kHeardUs = 1000000;
+  constexpr size_t kSeconds = 10;
+  constexpr int kHeardUs = 1800000;
   constexpr int kStoppedUs = 6000000;
   constexpr size_t kPiece = kStageRate / 8;
-  const Bytes speech = speech_of(10);
-  WriteFile(Path("speech.raw"), speech);
-  Start({"-r", "96000", "-c", "6"});
-  const auto one = pulse_audio_.server.Play(Path("speech.raw"));
-  const auto other = pipe_wire_.server.Play(Path("speech.raw"));
+  const Bytes speech = speech_of(kSeconds);
+  const Takes takes = StartAndAwait("stopped", {"-r", "96000", "-c", "6"});
+  const Players players = Play(speech);
   usleep(kHeardUs);
-  Signal(SIGSTOP);
+  Signal(takes, SIGSTOP);
   usleep(kStoppedUs);
-  Signal(SIGCONT);
-  one->Wait();
-  other->Wait();
+  Signal(takes, SIGCONT);
+  AwaitEnd(players);
   const Waveform played = samples_of(speech);
   const size_t before = loudest_of(played, 0, kStageRate, kPiece);
-  const size_t behind =
-      loudest_of(played, 8 * kStageRate, 10 * kStageRate, kPiece);
-  for (Stage* const stage : stages_) {
-    SCOPED_TRACE(stage->take);
-    stage->recorder->AwaitError("the take goes on");
-    stage->recorder->Signal(SIGINT);
-    const ChildResult run = stage->recorder->Wait();
+  const size_t behind = loudest_of(played, kSeconds * kStageRate * 85 / 100,
+                                   kSeconds * kStageRate, kPiece);
+  for (const Take& take : takes) {
+    SCOPED_TRACE(take.path);
+    take.recorder->AwaitError("the take goes on");
+    take.recorder->Signal(SIGINT);
+    const ChildResult run = take.recorder->Wait();
     EXPECT_EQ(run.status, 0) << run.err;
-    const size_t at = run.err.find("warning: ");
-    ASSERT_NE(at, std::string::npos) << run.err;
-    const double told_ms = std::stod(run.err.substr(at + 9));
-    EXPECT_GT(told_ms, 100);
-    const Waveform recorded = Decoded(stage->take);
-    const int64_t near = onset_of(recorded) - onset_of(played);
-    const int64_t lag =
-        lag_of(played, before, kPiece, recorded, near - 3000, near + 3000);
-    const auto told = static_cast<int64_t>(told_ms * kStageRate / 1000);
-    const int64_t later = lag_of(played, behind, kPiece, recorded,
-                                 lag - told - 5000, lag - told + 5000);
-    EXPECT_GT(
-        correlation(played, behind, recorded,
-                    static_cast<size_t>(static_cast<int64_t>(behind) + later),
-                    kPiece),
-        0.9);
-    EXPECT_NEAR(told_ms, static_cast<double>(lag - later) * 1000 / kStageRate,
-                50);
-    RecordProperty("told", std::to_string(told_ms));
-    RecordProperty("missing", std::to_string((lag - later) / 48));
+    const double told = told_ms(run.err);
+    EXPECT_GT(told, 100);
+    EXPECT_NEAR(
+        told, missing_ms(played, before, behind, Decoded(take.path), told), 50);
   }
 }
 
-TEST_F(SoundServerTest, AServerThatEndsLeavesASealedTake) {
-  Start();
-  for (Stage* const stage : stages_) {
-    SCOPED_TRACE(stage->take);
-    stage->server.Kill();
-    const ChildResult run = stage->recorder->Wait();
+TEST_F(SoundServerTest, AServerThatEndsLeavesASealedTakeAndNoneUntilItIsBack) {
+  for (const Take& take : StartAndAwait("ended")) {
+    SCOPED_TRACE(take.path);
+    take.server->Kill();
+    const ChildResult run = take.recorder->Wait();
     EXPECT_EQ(run.status, 1);
     ASSERT_NE(run.out, "") << run.err;
     EXPECT_EQ(json::parse(run.out)["endedBy"], "error");
     EXPECT_NE(run.err.find("corvane: device default: it stopped"),
               std::string::npos)
         << run.err;
-    EXPECT_NE(run.err.find("continue it with: corvane resume '" + stage->take +
+    EXPECT_NE(run.err.find("continue it with: corvane resume '" + take.path +
                            "' -D 'default'"),
               std::string::npos)
         << run.err;
-    EXPECT_EQ(DecoderComplaints(stage->take), "");
+    EXPECT_EQ(DecoderComplaints(take.path), "");
   }
+  for (const Take& take : Start("early")) {
+    const ChildResult run = take.recorder->Wait();
+    ShouldFail(run,
+               "device default: the sound server doesn't answer; start it, or "
+               "take a device that needs none: corvane devices");
+    EXPECT_EQ(run.out, "");
+    EXPECT_FALSE(Exists(take.path)) << take.path;
+  }
+  StartServers();
+  const Takes late = StartAndAwait("early");
+  Signal(late, SIGINT);
+  for (const Take& take : late) EXPECT_EQ(take.recorder->Wait().status, 0);
 }
 
 }  // namespace
