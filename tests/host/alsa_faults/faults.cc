@@ -102,6 +102,11 @@ int on_poll(snd_pcm_ioplug_t* io, pollfd* descriptors, unsigned count,
             unsigned short* events) {
   *events = 0;
   if (count != 1 || (descriptors[0].revents & POLLIN) == 0) return 0;
+  // As with hardware, the descriptor of one that sleeps is always readable.
+  if (snd_pcm_state(io->pcm) == SND_PCM_STATE_SUSPENDED) {
+    *events = POLLERR;
+    return 0;
+  }
   uint64_t expired = 0;
   if (read(io->poll_fd, &expired, sizeof(expired)) > 0) *events = POLLIN;
   device_of(io)->MeetFault();
