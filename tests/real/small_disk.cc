@@ -63,7 +63,9 @@ void SmallDisk::Fill(const std::string& name, size_t size) const {
 }
 
 int SmallDisk::Remount(bool read_only) const {
-  return Mount(nullptr, at_, nullptr, MS_REMOUNT | (read_only ? MS_RDONLY : 0));
+  unsigned long how = MS_REMOUNT;
+  if (read_only) how |= MS_RDONLY;
+  return Mount(nullptr, at_, nullptr, how);
 }
 
 int SmallDisk::ShowAlsoAt(const std::string& folder) {
