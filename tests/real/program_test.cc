@@ -54,6 +54,7 @@ class RealProgramTest : public DiskTest {
     setup.input_is_pipe = true;
     setup.terminal_columns = 80;
     setup.environment["HOME"] = Path("home");
+    setup.environment["TERM"] = "xterm";  // for the line that is waited for
     auto child = std::make_unique<Child>(
         std::vector<std::string>{CORVANE_PROGRAM, "record", path_, "-i", "-",
                                  "-r", "48000", "-c", "1"},
