@@ -2,7 +2,9 @@
 
 #include <CLI/CLI.hpp>
 #include <cstdint>
+#include <memory>
 
+#include "commands/help_layout.h"
 #include "commands/help_texts.h"
 #include "commands/option_parts.h"
 #include "commands/take_options.h"
@@ -89,6 +91,7 @@ std::vector<std::string> names_in(const CLI::App& app) {
 std::optional<CommandLine> parse_command_line(int argc, char** argv,
                                               int* status) {
   CLI::App app("Records audio crash-safely to ADTS files", "corvane");
+  app.formatter(std::make_shared<HelpLayout>());
   app.footer(kExamples);
   app.set_version_flag("--version", "corvane " CORVANE_VERSION);
   app.require_subcommand(1);

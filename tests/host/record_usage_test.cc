@@ -181,6 +181,7 @@ TEST_F(UsageTest, HelpFitsATerminalOfEightyColumns) {
     EXPECT_EQ(run.status, 0);
     EXPECT_EQ(run.err, "");
     EXPECT_NE(run.out.find("Usage: corvane"), std::string::npos) << run.out;
+    EXPECT_NE(run.out.find("\n  corvane "), std::string::npos) << run.out;
     for (const std::string& line : Lines(run.out)) {
       EXPECT_LE(line.size(), 80U) << line;
     }
