@@ -7,7 +7,7 @@ scripts_are_sound() {
   shellcheck -x scripts/run scripts/test scripts/bench scripts/crash-demo \
     bench/compare bench/charts bench/flush \
     scripts/crash-test scripts/power-cut scripts/power-demo scripts/fuzz \
-    scripts/soak scripts/coverage scripts/counts scripts/mutants scripts/check-debian13 scripts/check-package \
+    scripts/soak scripts/coverage scripts/counts scripts/mutants scripts/check-debian scripts/check-package \
     scripts/check-flutter \
     packaging/corvane.bash \
     tests/application/tool_backend.sh \

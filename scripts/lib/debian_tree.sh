@@ -12,7 +12,7 @@ debian_mirror() {
 # make_tree FOLDER SUITE: the smallest system that can install packages, from
 # this system's mirror and by its way to it. An earlier one is kept.
 make_tree() {
-  local tree=$1 suite=$2 mirror
+  local tree=$1 suite=$2 mirror scripts=/usr/share/debootstrap/scripts script
   [[ ! -e $tree/made ]] || return 0
   mirror=$(debian_mirror)
   [[ -n $mirror ]] || {
@@ -21,7 +21,9 @@ make_tree() {
   }
   rm -rf "$tree"
   mkdir -p "$tree"
-  debootstrap --variant=minbase "$suite" "$tree" "$mirror"
+  script=$scripts/$suite
+  [[ -e $script ]] || script=$scripts/sid # of a release that came later
+  debootstrap --variant=minbase "$suite" "$tree" "$mirror" "$script"
   apt-config dump | grep '^Acquire::.*[Pp]roxy' \
     >"$tree/etc/apt/apt.conf.d/proxy" || true
   touch "$tree/made"
@@ -30,9 +32,39 @@ make_tree() {
 # in_tree FOLDER COMMAND...: with the checkout at /corvane, not to be written
 # to. What is mounted goes when the command ends, and so do its children.
 in_tree() {
-  mkdir -p "$1/corvane"
+  enter_tree "$1" --mount --pid -- "${@:2}"
+}
+
+# in_emulating_tree FOLDER COMMAND...: as in_tree, and whatever is for 64-bit
+# ARM is run by the tree's emulator. The kernel is told so for a user namespace
+# alone, and this system stays as it is; that takes Linux 6.7 or later.
+in_emulating_tree() {
   # shellcheck disable=SC2016 # expanded inside
-  unshare --mount --pid --fork --kill-child sh -ec '
+  enter_tree "$1" --mount --pid --user --map-root-user -- sh -ec '
+    formats=/proc/sys/fs/binfmt_misc
+    mount -t binfmt_misc none $formats || {
+      echo "Programs of another architecture need Linux 6.7 or later." >&2
+      exit 1
+    }
+    elf="\x7fELF\x02\x01\x01\x00\x00\x00\x00\x00\x00\x00\x00\x00"
+    printf "%s" ":arm64:M::$elf\x02\x00\xb7\x00:\
+\xff\xff\xff\xff\xff\xff\xff\x00\xff\xff\xff\xff\xff\xff\xff\xff\
+\xfe\xff\xff\xff:/usr/bin/qemu-aarch64:FP" >$formats/register
+    exec "$@"' sh "${@:2}"
+}
+
+# enter_tree FOLDER NAMESPACE... -- COMMAND...
+enter_tree() {
+  local tree=$1 namespaces=()
+  shift
+  while [[ $1 != -- ]]; do
+    namespaces+=("$1")
+    shift
+  done
+  shift
+  mkdir -p "$tree/corvane"
+  # shellcheck disable=SC2016 # expanded inside
+  unshare "${namespaces[@]}" --fork --kill-child sh -ec '
     mount --bind "$PWD" "$1/corvane"
     mount -o remount,bind,ro "$1/corvane"
     mount -t proc proc "$1/proc"
@@ -42,10 +74,38 @@ in_tree() {
     shift
     exec env -i PATH=/usr/sbin:/usr/bin:/sbin:/bin HOME=/root LC_ALL=C.UTF-8 \
       DEBIAN_FRONTEND=noninteractive http_proxy="${http_proxy:-}" \
-      chroot "$tree" "$@"' sh "$@" </dev/null
+      chroot "$tree" "$@"' sh "$tree" "$@" </dev/null
 }
 
+# prepare_for ARCH FOLDER: libraries of that architecture may be installed
+# beside the tree's own.
+prepare_for() {
+  [[ $1 == amd64 ]] || in_tree "$2" dpkg --add-architecture "$1"
+}
+
+# packages_for ARCH PACKAGE...: prints, one a line, what takes their place when
+# that is compiled for: its libraries and its ffmpeg, a cross compiler, and an
+# emulator. All else is run on this machine.
+packages_for() {
+  local arch=$1 package
+  shift
+  if [[ $arch == amd64 ]]; then
+    printf '%s\n' "$@"
+    return
+  fi
+  for package; do
+    case $package in
+      g++) printf '%s\n' g++-aarch64-linux-gnu qemu-user ;;
+      libcli11-dev) echo "$package" ;; # headers alone, of no architecture
+      lib*-dev | ffmpeg) echo "$package:$arch" ;;
+      *) echo "$package" ;;
+    esac
+  done
+}
+
+# install_in_tree FOLDER PACKAGE...: a mirror that stands still is good enough;
+# what it gives is signed all the same.
 install_in_tree() {
-  in_tree "$1" apt-get -q update
+  in_tree "$1" apt-get -q -o Acquire::Check-Valid-Until=false update
   in_tree "$1" apt-get -q -y install --no-install-recommends "${@:2}"
 }
