@@ -84,7 +84,7 @@ prepare_for() {
 }
 
 # packages_for ARCH PACKAGE...: prints, one a line, what takes their place when
-# that is compiled for: its libraries and its ffmpeg, a cross compiler, and an
+# Corvane is compiled for that: its libraries and its ffmpeg, a cross compiler, and an
 # emulator. All else is run on this machine.
 packages_for() {
   local arch=$1 package
@@ -97,7 +97,7 @@ packages_for() {
     case $package in
       g++) printf '%s\n' g++-aarch64-linux-gnu qemu-user ;;
       libcli11-dev) echo "$package" ;; # headers alone, of no architecture
-      lib*-dev | ffmpeg) echo "$package:$arch" ;;
+      lib*-dev | libasound2-plugins | ffmpeg) echo "$package:$arch" ;;
       *) echo "$package" ;;
     esac
   done

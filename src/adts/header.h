@@ -25,8 +25,10 @@ struct Header {
 
 // Compilers make one load of it.
 inline uint32_t BigEndian32(const uint8_t* bytes) {
-  return static_cast<uint32_t>(bytes[0]) << 24 | bytes[1] << 16 |
-         bytes[2] << 8 | bytes[3];
+  const uint32_t first = bytes[0];
+  const uint32_t second = bytes[1];
+  const uint32_t third = bytes[2];
+  return first << 24 | second << 16 | third << 8 | bytes[3];
 }
 
 // Whether the seven bytes are a header that anyone could have written. `header`
