@@ -30,7 +30,8 @@ make_tree() {
 }
 
 # in_tree FOLDER COMMAND...: with the checkout at /corvane, not to be written
-# to. What is mounted goes when the command ends, and so do its children.
+# to, and the kernel's settings neither. What is mounted goes when the command
+# ends, and so do its children.
 in_tree() {
   enter_tree "$1" --mount --pid -- "${@:2}"
 }
@@ -68,6 +69,8 @@ enter_tree() {
     mount --bind "$PWD" "$1/corvane"
     mount -o remount,bind,ro "$1/corvane"
     mount -t proc proc "$1/proc"
+    mount --bind "$1/proc/sys" "$1/proc/sys"
+    mount -o remount,bind,ro "$1/proc/sys"
     mount --rbind /dev "$1/dev"
     cd "$1"
     tree=$PWD
