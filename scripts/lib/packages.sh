@@ -51,7 +51,7 @@ test_packages=(
 
 # To make the Debian package, and to try it on a bare system.
 # shellcheck disable=SC2034
-package_packages=("${run_packages[@]}" dpkg-dev debootstrap lintian)
+package_packages=("${run_packages[@]}" dpkg-dev file debootstrap lintian)
 
 # For the crash demonstration: what draws its picture.
 # shellcheck disable=SC2034
