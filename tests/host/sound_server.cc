@@ -67,15 +67,14 @@ void SoundServer::Start() {
       setup);
 }
 
-// The server is given far more than it plays at once, so that a player that the
-// machine keeps waiting leaves no gap: after two seconds it would.
-std::unique_ptr<Child> SoundServer::Play(const std::string& path) {
+std::unique_ptr<Child> SoundServer::Play(const std::string& path, int ahead_s) {
   ChildSetup setup;
   setup.environment = environment_;
   return std::make_unique<Child>(
-      std::vector<std::string>{"/usr/bin/pacat", "--playback", "--device=stage",
-                               "--raw", "--format=s16le", "--rate=48000",
-                               "--channels=1", "--latency-msec=30000", path},
+      std::vector<std::string>{
+          "/usr/bin/pacat", "--playback", "--device=stage", "--raw",
+          "--format=s16le", "--rate=48000", "--channels=1",
+          "--latency-msec=" + std::to_string(ahead_s * 1000), path},
       setup);
 }
 

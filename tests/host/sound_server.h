@@ -31,8 +31,10 @@ class SoundServer {
     return environment_;
   }
 
-  // Plays raw s16le on the stage. What is returned ends with it.
-  std::unique_ptr<Child> Play(const std::string& path);
+  // Plays raw s16le on the stage, which is given it so many seconds ahead: a
+  // player that the machine keeps waiting for longer leaves a gap. What is
+  // returned ends with it.
+  std::unique_ptr<Child> Play(const std::string& path, int ahead_s);
 
   // Ends it, as if it had crashed.
   void Kill();

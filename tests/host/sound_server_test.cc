@@ -92,11 +92,11 @@ class SoundServerTest : public ProgramTest {
   }
 
   // On each of them.
-  Players Play(const Bytes& sound) {
+  Players Play(const Bytes& sound, int ahead_s) {
     WriteFile(Path("sound.raw"), sound);
     Players players;
     for (const auto& [name, server] : servers_) {
-      players.push_back(server->Play(Path("sound.raw")));
+      players.push_back(server->Play(Path("sound.raw"), ahead_s));
     }
     return players;
   }
@@ -148,7 +148,7 @@ TEST_F(SoundServerTest, WhatWasPlayedIsWhatIsRecordedInEachOfTwoTakes) {
   const Bytes speech = speech_of(seconds_played());
   const Takes one = StartAndAwait("one", {"-b", "128k"});
   const Takes other = StartAndAwait("other", {"-b", "128k"});
-  AwaitEnd(Play(speech));
+  AwaitEnd(Play(speech, 30));
   Signal(one, SIGINT);
   Signal(other, SIGINT);
   for (const Take& take : one) ShouldEndWhole(take, samples_of(speech));
@@ -189,7 +189,7 @@ TEST_F(SoundServerTest, WhatAStoppedProgramMissedIsTold) {
   constexpr size_t kPiece = kStageRate / 8;
   const Bytes speech = speech_of(kSeconds);
   const Takes takes = StartAndAwait("stopped", {"-r", "96000", "-c", "6"});
-  const Players players = Play(speech);
+  const Players players = Play(speech, 2);
   usleep(kHeardUs);
   Signal(takes, SIGSTOP);
   usleep(kStoppedUs);
