@@ -14,9 +14,8 @@ namespace {
 constexpr int kUsualRate = 48000;  // Hz
 constexpr int kMostChannels = 6;   // of ADTS
 
-// A kill costs a period at most beside what the codec holds, and each one wakes
-// three threads.
-constexpr unsigned kPeriodUs = 100000;
+// A kill costs a period at most, and each one is a wake-up.
+constexpr unsigned kPeriodUs = 50000;
 constexpr unsigned kBufferUs = 4000000;
 // A flush or a busy machine may take this long.
 constexpr unsigned kLeastBufferUs = 1000000;
