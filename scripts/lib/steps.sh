@@ -54,8 +54,9 @@ run_tests() {
     report 0 1 FAILED "$log" 0
     return
   fi
+  # One more than there are cores: those at a terminal or a microphone wait.
   GTEST_OUTPUT=json:$results/ attempt "$log" \
-    ctest --test-dir "build/$name" "${@:2}" -j2 --output-on-failure
+    ctest --test-dir "build/$name" "${@:2}" -j3 --output-on-failure
   while read -r program; do
     count_cases "$results/$program.json" "$(ended_well "$name" "$program")"
     count_in "$program" "$cases_held" "$cases_bad"
