@@ -24,7 +24,7 @@ struct Loss {
 };
 
 // Holds the lag of the audio behind the clock. Between arrivals it swings, so
-// the least of half a second counts; device and system may have clocks that
+// the least of each second counts; device and system may have clocks that
 // differ by one in a thousand. What the lag grows by beyond that was lost.
 class LossWatch {
  public:

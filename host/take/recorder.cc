@@ -86,6 +86,9 @@ void Recorder::CollectResult() {
   for (Part& part : parts_) {
     result_.parts.push_back(std::move(part.result()));
   }
+  if (options_.feed.part_frames) {
+    result_.next_path = part_path(options_.capture_path, next_number_);
+  }
 }
 
 void Recorder::BeginPart(CaptureLock lock) {

@@ -51,6 +51,8 @@ struct TakeResult {
   std::optional<PluginError> error;  // the plugin's first
   // One, unless the take was split; none when no audio came.
   std::vector<PartResult> parts;
+  // Where a split take would have gone on; empty for one in one piece.
+  std::string next_path;
 
   // Whether there is a capture of this take's own.
   bool has_started() const { return !parts.empty() && parts.back().started; }

@@ -2,6 +2,7 @@
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <csignal>
 #include <optional>
 #include <utility>
@@ -55,6 +56,15 @@ void on_key(char key, Recorder* recorder, Console* console) {
   if (key == '?') console->Line(kKeys);
 }
 
+// Whichever ends first, where either has an end.
+std::optional<int64_t> frames_ahead(const TakeOptions& options,
+                                    const AudioSource& source) {
+  const auto total = source.total_frames();
+  const auto limit = options.feed.take_frames;
+  if (!total || !limit) return total ? total : limit;
+  return std::min(*total, *limit);
+}
+
 TakeResult record_take(const TakeOptions& options, AudioSource* source,
                        CaptureLock lock, Console* console, LogOutput* log) {
   Engine engine;
@@ -62,8 +72,9 @@ TakeResult record_take(const TakeOptions& options, AudioSource* source,
   show_log_lines(&engine, log, &skipped_bytes);
   TakeResult take;
   {
-    Progress progress(console, {options.capture_path, source->format(),
-                                options.bit_rate, source->total_frames()});
+    Progress progress(console,
+                      {options.capture_path, source->format(), options.bit_rate,
+                       frames_ahead(options, *source)});
     Recorder recorder(&engine, source, options, std::move(lock), &progress);
     const TakeSignals signals(
         [&](int signal) { on_signal(signal, &recorder, console); });

@@ -198,13 +198,10 @@ void warn(const TakeOptions& options, const AudioSource& source,
                       ": warning: it is longer than it was to be, for no other "
                       "file could be made in its folder");
   }
-  if (!options.feed.part_frames || !take.has_started()) return;
-  const std::string next =
-      part_path(options.capture_path, static_cast<int>(take.parts.size()) + 1);
-  if (access(next.c_str(), F_OK) == 0) {
-    console->Complain(next +
-                      ": warning: it is there from an earlier take, and "
-                      "none of this one's parts");
+  if (take.has_started() && access(take.next_path.c_str(), F_OK) == 0) {
+    console->Complain(take.next_path +
+                      ": warning: it is there from an earlier take, and none "
+                      "of this one's parts");
   }
 }
 

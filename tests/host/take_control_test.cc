@@ -324,6 +324,7 @@ TEST_F(SplitTest, ANumberThatIsAnothersIsLeftOut) {
   EXPECT_EQ(take.end, TakeEnd::kInput);
   ASSERT_EQ(take.parts.size(), 2U);
   EXPECT_EQ(take.parts[1].path, Part(3));
+  EXPECT_EQ(take.next_path, Part(4));
   EXPECT_EQ(ReadFile(Part(1)), TakeOf(AudioOf(pcm, 1)));
   EXPECT_EQ(ReadFile(Part(3)), TakeOf(AudioOf(pcm, 2)));
   EXPECT_EQ(ReadFile(Part(2)), (Bytes{1, 2, 3})) << "the rival's is untouched";
