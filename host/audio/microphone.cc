@@ -27,6 +27,14 @@ int64_t now_us() {
   return now.tv_sec * kUsPerSecond + now.tv_nsec / 1000;
 }
 
+// What the device hands on at a time; 1 where it doesn't say.
+snd_pcm_sframes_t period_of(snd_pcm_t* pcm) {
+  snd_pcm_uframes_t buffer = 0;
+  snd_pcm_uframes_t period = 1;
+  snd_pcm_get_params(pcm, &buffer, &period);
+  return static_cast<snd_pcm_sframes_t>(period);
+}
+
 bool watch(const FileDescriptor& set, int operation, int fd, uint32_t events) {
   epoll_event event = {};
   event.events = events;
@@ -45,7 +53,8 @@ Microphone::Microphone(PcmPtr pcm, std::string name, PcmFormat format,
       losses_(format.sample_rate),
       wake_ups_(epoll_create1(EPOLL_CLOEXEC)),
       device_(epoll_create1(EPOLL_CLOEXEC)),
-      rest_(timerfd_create(CLOCK_MONOTONIC, TFD_CLOEXEC | TFD_NONBLOCK)) {
+      rest_(timerfd_create(CLOCK_MONOTONIC, TFD_CLOEXEC | TFD_NONBLOCK)),
+      period_frames_(period_of(pcm_.get())) {
   if (!wake_ups_.is_open() || !device_.is_open() || !rest_.is_open()) {
     Fail("it can't be waited for", -errno);
     return;
@@ -127,14 +136,19 @@ size_t Microphone::ReadFrames(uint8_t* out, size_t frames) {
   const size_t read = got < 0 ? 0 : static_cast<size_t>(got);
   read_frames_ += static_cast<int64_t>(read);
   if (read == 0) Rest(kIdleRestUs);
-  if (read < frames) OnDrained();
+  WatchForLoss();
   return read;
 }
 
+// Where a period is left a backlog may be under way, of which more is to come.
 // While nothing comes nothing can be told of it: it may yet come.
-void Microphone::OnDrained() {
-  if (std::exchange(drained_frames_, read_frames_) == read_frames_) return;
-  const auto loss = losses_.OnDrained(now_us(), read_frames_);
+void Microphone::WatchForLoss() {
+  const snd_pcm_sframes_t left = snd_pcm_avail_update(pcm_.get());
+  if (left < 0 || left >= period_frames_)
+    return;  // reading will tell of errors
+  const int64_t come = read_frames_ + left;
+  if (std::exchange(come_frames_, come) == come) return;
+  const auto loss = losses_.OnDrained(now_us(), come);
   if (loss) on_loss_(*loss);
 }
 

@@ -47,7 +47,7 @@ class Microphone : public AudioSource {
   void Rest(int64_t us);
   void EndRest();
   size_t ReadFrames(uint8_t* out, size_t frames);
-  void OnDrained();
+  void WatchForLoss();
   void Recover(int64_t error);
   void StartAgain(LossCause cause);
   void Fail(const char* what, int64_t error);
@@ -65,8 +65,10 @@ class Microphone : public AudioSource {
   bool is_resting_ = false;
   bool is_polled_ = false;  // for want of a descriptor that can be waited on
   bool has_started_ = false;
+  const snd_pcm_sframes_t period_frames_;
   int64_t read_frames_ = 0;
-  int64_t drained_frames_ = 0;  // of them, when the device was last empty
+  // Those and what was left to read, when that was last looked at.
+  int64_t come_frames_ = 0;
   std::string error_;
 };
 

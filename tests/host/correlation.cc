@@ -24,6 +24,7 @@ double energy_of(const Waveform& signal, size_t from, size_t size) {
 
 double correlation(const Waveform& one, size_t from, const Waveform& other,
                    size_t other_from, size_t size) {
+  if (other_from > other.size() || size > other.size() - other_from) return 0;
   double product = 0;
   for (size_t i = 0; i < size; ++i) {
     product += one[from + i] * other[other_from + i];

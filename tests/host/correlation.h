@@ -17,7 +17,8 @@ Waveform samples_of(const Bytes& pcm);
 
 double energy_of(const Waveform& signal, size_t from, size_t size);
 
-// Of two pieces of equal size: 1 where one is the other, at any level.
+// Of two pieces of equal size: 1 where one is the other, at any level; 0 where
+// the other has no such piece.
 double correlation(const Waveform& one, size_t from, const Waveform& other,
                    size_t other_from, size_t size);
 

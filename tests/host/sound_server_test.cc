@@ -91,9 +91,10 @@ class SoundServerTest : public ProgramTest {
     for (const Take& take : takes) take.recorder->Signal(signal);
   }
 
-  // On each of them.
+  // On each of them, and a second of silence: a take that is ended behind it
+  // has heard the sound.
   Players Play(const Bytes& sound, int ahead_s) {
-    WriteFile(Path("sound.raw"), sound);
+    WriteFile(Path("sound.raw"), Concat(sound, Bytes(kStageRate * 2)));
     Players players;
     for (const auto& [name, server] : servers_) {
       players.push_back(server->Play(Path("sound.raw"), ahead_s));

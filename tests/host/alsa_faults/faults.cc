@@ -9,7 +9,7 @@
 //   script "4800 overrun 300 9600 gone 0"
 //   open busy            it can't be opened: EBUSY; also denied (EACCES),
 //                        forbidden (EPERM), unplugged (ENODEV), absent (ENXIO)
-//                        and broken (EIO)
+//                        and broken (EIO); or it never answers: stuck
 //   settle busy          likewise, but only when its format is settled
 //
 // The script is of triples: at which frame it fails, how, and for how many ms
@@ -73,9 +73,11 @@ int on_stop(snd_pcm_ioplug_t* /*io*/) { return 0; }
 snd_pcm_sframes_t on_pointer(snd_pcm_ioplug_t* io) {
   Device* const device = device_of(io);
   device->last_read = device->Read();
-  // A fault is met by who reads.
-  const int64_t ahead = std::max<int64_t>(device->Heard() - device->Read(),
-                                          device->IsFaultDue() ? 1 : 0);
+  // A fault is met by who reads. And what was said to be there stays: going
+  // back would be taken for a whole turn of the buffer.
+  const int64_t ahead = std::max(
+      {device->Heard() - device->Read(), int64_t{device->IsFaultDue() ? 1 : 0},
+       static_cast<int64_t>(io->hw_ptr) - static_cast<int64_t>(io->appl_ptr)});
   return static_cast<snd_pcm_sframes_t>(
       (static_cast<int64_t>(io->appl_ptr) +
        std::min<int64_t>(ahead, static_cast<int64_t>(io->buffer_size) - 1)) %
@@ -150,6 +152,7 @@ extern "C" {
 SND_PCM_PLUGIN_DEFINE_FUNC(corvane_faults) {
   (void)root;
   const Settings settings = settings_in(conf);
+  while (settings.is_stuck) pause();
   if (settings.open_error != 0) return settings.open_error;
   auto device = std::make_unique<Device>();
   device->format = settings.format;
