@@ -63,7 +63,7 @@ RECORDERS = (
 
 
 def run(bench):
-    seconds, rounds = (5, 1) if bench.quick else (60, 5)
+    seconds, rounds = (5, 1) if bench.quick else (60, 3)
     recorders = {r.name: r for r in RECORDERS
                  if not r.program or r.program in bench.programs}
     pcm = bench.pcm(60, RATE, CHANNELS)

@@ -2,6 +2,7 @@
 
 #include <adts/stream_config.h>
 #include <glib.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -15,7 +16,7 @@ constexpr int kUsualRate = 48000;  // Hz
 constexpr int kMostChannels = 6;   // of ADTS
 
 // A kill costs a period at most, and each one is a wake-up.
-constexpr unsigned kPeriodUs = 50000;
+constexpr unsigned kPeriodUs = 125000;
 constexpr unsigned kBufferUs = 4000000;
 // A flush or a busy machine may take this long.
 constexpr unsigned kLeastBufferUs = 1000000;
@@ -44,6 +45,14 @@ std::string quoted(const std::string& word) {
   return text;
 }
 
+// Its socket is in a folder that the session names.
+std::string where_servers_are() {
+  const char* folder = std::getenv("XDG_RUNTIME_DIR");
+  if (folder != nullptr && *folder != '\0') return "";
+  return "; a server that runs is found with XDG_RUNTIME_DIR=/run/user/" +
+         std::to_string(getuid()) + ", which isn't set here, as under cron";
+}
+
 std::string why_not_open(const std::string& name, int error) {
   switch (-error) {
     case ENOENT:
@@ -51,7 +60,8 @@ std::string why_not_open(const std::string& name, int error) {
     case ENXIO:
       return name.empty()
                  ? "there is none: no sound card was found, and no sound "
-                   "server runs; plug one in, and look with: corvane devices"
+                   "server runs; plug one in, and look with: corvane devices" +
+                       where_servers_are()
                  : "there is no such device; see those there are with: "
                    "corvane devices";
     case EBUSY:
@@ -64,7 +74,8 @@ std::string why_not_open(const std::string& name, int error) {
              "usermod -aG audio $USER, and log in again";
     case ECONNREFUSED:
       return "the sound server doesn't answer; start it, or take a device "
-             "that needs none: corvane devices";
+             "that needs none: corvane devices" +
+             where_servers_are();
     default:
       return std::string("it can't be opened (") + snd_strerror(error) +
              "); see what else there is with: corvane devices";

@@ -23,30 +23,16 @@ gboolean run_again(gpointer callback) {
   return G_SOURCE_CONTINUE;
 }
 
-gboolean on_readable(gint /*fd*/, GIOCondition /*condition*/, gpointer) {
-  return G_SOURCE_REMOVE;
-}
-
 gboolean while_readable(gint /*fd*/, GIOCondition /*condition*/,
                         gpointer callback) {
   return run_again(callback);
 }
 
-GSource* readable_source(int fd) {
-  return g_unix_fd_source_new(
-      fd, static_cast<GIOCondition>(G_IO_IN | G_IO_HUP | G_IO_ERR | G_IO_NVAL));
-}
-
 }  // namespace
 
-LoopEvent LoopEvent::Readable(int fd) {
-  GSource* source = readable_source(fd);
-  g_source_set_callback(source, G_SOURCE_FUNC(on_readable), nullptr, nullptr);
-  return LoopEvent(source);
-}
-
 LoopEvent LoopEvent::WhileReadable(int fd, std::function<void()> run) {
-  GSource* source = readable_source(fd);
+  GSource* source = g_unix_fd_source_new(
+      fd, static_cast<GIOCondition>(G_IO_IN | G_IO_HUP | G_IO_ERR | G_IO_NVAL));
   g_source_set_callback(source, G_SOURCE_FUNC(while_readable),
                         new Callback(std::move(run)), free_callback);
   return LoopEvent(source);

@@ -15,8 +15,6 @@ namespace corvane {
 // given, may destroy the event that it runs for.
 class LoopEvent {
  public:
-  // Comes once, when `fd` (borrowed) can be read, has ended or has failed.
-  static LoopEvent Readable(int fd);
   // Comes again and again, as long as `fd` (borrowed) can be read, has ended or
   // has failed.
   static LoopEvent WhileReadable(int fd, std::function<void()> run);

@@ -14,7 +14,7 @@ constexpr int kLargeChunkMs = 1000;
 // A few of the largest have room, so that the worker always has one to do.
 constexpr size_t kLargestChunk = kMostUnansweredBytes / 4;
 
-constexpr guint kTickMs = 250;
+constexpr guint kTickMs = 500;
 
 constexpr int64_t kEndless = INT64_MAX;  // sample frames
 
@@ -122,13 +122,22 @@ void Feeder::WaitForInput() {
   if (ending_->has_come() || fd < 0 || is_readable(fd)) return;
   const int64_t since_us = g_get_monotonic_time();
   waiting_since_us_ = since_us;
-  const LoopEvent readable = LoopEvent::Readable(fd);
-  engine_->IterateUntil(
-      [&] { return ending_->has_come() || readable.has_come(); });
+  has_input_ = false;
+  if (!input_) {
+    input_.emplace(LoopEvent::WhileReadable(fd, [this] { OnInput(); }));
+  }
+  engine_->IterateUntil([&] { return ending_->has_come() || has_input_; });
   waiting_since_us_.reset();
   const int64_t gap_us = g_get_monotonic_time() - since_us;
   longest_gap_us_ = std::max(longest_gap_us_, gap_us);
   if (ending_->has_come()) last_gap_us_ = gap_us;
+}
+
+// It stays on the loop, which a change would wake once more for nothing. Where
+// nobody has read since it came, the loop would turn and turn.
+void Feeder::OnInput() {
+  if (has_input_) input_.reset();
+  has_input_ = true;
 }
 
 void Feeder::ReadChunk() {

@@ -68,6 +68,7 @@ class Feeder {
  private:
   void WaitForRoom();
   void WaitForInput();
+  void OnInput();
   void WaitForTime();
   void WaitForPause();
   void ReadChunk();
@@ -84,6 +85,8 @@ class Feeder {
   Progress* const progress_;
   const size_t frame_bytes_;
   std::optional<LoopEvent> ticks_;  // for the live line, while nothing else is
+  std::optional<LoopEvent> input_;  // while audio is waited for, and behind it
+  bool has_input_ = false;          // since it was waited for
   const int64_t most_unanswered_;   // in bytes
   std::vector<uint8_t> chunk_;
   size_t filled_ = 0;       // of the chunk

@@ -11,7 +11,7 @@
 namespace corvane {
 namespace {
 
-constexpr int64_t kDrawIntervalUs = 100'000;
+constexpr int64_t kDrawIntervalUs = 180'000;
 // A file system that hangs is not asked more often than it must be.
 constexpr int64_t kDiskIntervalUs = 2'000'000;
 constexpr int64_t kClippingUs = 1'500'000;

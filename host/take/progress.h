@@ -46,7 +46,7 @@ class Progress {
   // The take goes on in another file. Its size is that of all of them.
   void SetCapturePath(std::string path);
 
-  // Redraws, at most ten times a second; cheap when there is nothing to draw.
+  // Redraws, a few times a second at most; cheap when there is nothing to draw.
   // `waiting_us` is how long audio has been waited for by now.
   void Update(int64_t recorded_frames, int64_t waiting_us);
 

@@ -14,7 +14,7 @@ using nlohmann::json;
 constexpr char kDevices[] = R"(
 pcm.studio { type corvane_faults channels 8 script "12000 gone 0" }
 pcm.wide { type corvane_faults format S32_LE script "12000 gone 0" }
-pcm.fast { type corvane_faults rate 192000 script "57600 gone 0" }
+pcm.fast { type corvane_faults rate 192000 script "72000 gone 0" }
 pcm.camera { type corvane_faults rate 32000 channels 2 script "8000 gone 0" }
 pcm."my mic, left" { type corvane_faults script "12000 gone 0" }
 pcm.studio_two { type plug slave.pcm "studio" }
@@ -103,8 +103,8 @@ TEST_F(SoundFormatTest, ARateBeyondAdtsComesByTheConverter) {
   ShouldRefuse(Record("fast"),
                "device fast: it can do nothing that a capture can hold; ALSA's "
                "converter may: -D 'plug:'\\''fast'\\'''");
-  ShouldRecord(Record("fast_plug"), 48000, 1, 0.3);
-  ShouldRecord(Record("fast_plug", {"-r", "96000"}), 96000, 1, 0.3);
+  ShouldRecord(Record("fast_plug"), 48000, 1, 0.375);
+  ShouldRecord(Record("fast_plug", {"-r", "96000"}), 96000, 1, 0.375);
 }
 
 }  // namespace
