@@ -8,6 +8,7 @@
 #include "audio/sound_devices.h"
 #include "terminal/exit_status.h"
 #include "terminal/json_output.h"
+#include "terminal/waiting_line.h"
 
 namespace corvane {
 namespace {
@@ -54,10 +55,16 @@ bool print_lines(const std::vector<SoundDevice>& devices, Console* console) {
   return false;
 }
 
+// Each is opened, and a sound server may take its time.
+std::vector<SoundDevice> look_patiently(Console* console) {
+  const WaitingLine waiting(console, "looking for sound devices");
+  return list_sound_devices();
+}
+
 }  // namespace
 
 int run_devices(bool as_json, Console* console) {
-  const std::vector<SoundDevice> devices = list_sound_devices();
+  const std::vector<SoundDevice> devices = look_patiently(console);
   if (devices.empty()) {
     console->Note(
         "there is nothing to record from; plug a microphone or a sound card "

@@ -34,7 +34,8 @@ std::optional<PcmFormat> confirmed_at(const std::vector<uint8_t>& bytes,
 }
 
 std::optional<FirstFrame> search_behind_start(const RegularFile& file) {
-  for (int64_t start = 1; start < file.size(); start += kWindowSize) {
+  for (int64_t start = 1; start < file.size();
+       start += static_cast<int64_t>(kWindowSize)) {
     const std::vector<uint8_t> bytes =
         file.Read(start, kWindowSize + kLookAhead);
     const size_t size = std::min(bytes.size(), kWindowSize);

@@ -9,6 +9,7 @@
 #include "looks/dead_wav.h"
 #include "take/loss_line.h"
 #include "terminal/exit_status.h"
+#include "terminal/waiting_line.h"
 #include "terminal/way_out.h"
 
 namespace corvane {
@@ -59,10 +60,15 @@ std::unique_ptr<AudioSource> open_device(const TakeArguments& arguments,
                                          Console* console, int* status) {
   const std::string name = arguments.device.value_or("");
   DeviceError error;
-  auto source = open_microphone(
-      name, {arguments.sample_rate, arguments.channels},
-      [console](const Loss& loss) { console->Line(line_of(loss)); }, &error);
-  if (source != nullptr) return source;
+  const auto tell = [console](const Loss& loss) {
+    console->Line(line_of(loss));
+  };
+  {
+    const WaitingLine waiting(console, "waiting for " + device_title(name));
+    auto source = open_microphone(
+        name, {arguments.sample_rate, arguments.channels}, tell, &error);
+    if (source != nullptr) return source;
+  }
   console->Complain(device_title(name) + ": " + error.text);
   *status = error.is_of_format ? kExitUsage : kExitFailed;
   return nullptr;

@@ -1,5 +1,7 @@
 // Devices that can't be opened: the sentence, with its way out, and nothing
 // touched.
+#include <csignal>
+
 #include "host/record_fixture.h"
 #include "host/sound_config.h"
 
@@ -70,6 +72,24 @@ TEST_F(DeviceRefusalTest, AnyOtherErrorIsNamedWithTheList) {
 TEST_F(DeviceRefusalTest, ADeviceThatFailsWhenItsFormatIsSettledSaysTheSame) {
   ShouldSay("pcm.!default { type corvane_faults settle denied }\n",
             "device default: " + kDenied);
+}
+
+// As a sound server that was stopped.
+TEST_F(DeviceRefusalTest, ADeviceThatDoesNotAnswerIsSeenToBeWaitedFor) {
+  const SoundConfig config("pcm.!default { type corvane_faults open stuck }\n");
+  ChildSetup setup;
+  setup.terminal_columns = 80;
+  setup.environment = config.environment();
+  setup.environment["TERM"] = "xterm";
+  const auto record = StartCorvane({"record", "-D", "default", take_}, setup);
+  const auto list = StartCorvane({"devices"}, setup);
+  record->AwaitError("waiting for device default");
+  list->AwaitError("looking for sound devices");
+  record->Signal(SIGINT);
+  list->Signal(SIGINT);
+  EXPECT_EQ(record->Wait().status, -1);
+  EXPECT_EQ(list->Wait().status, -1);
+  EXPECT_FALSE(Exists(take_));
 }
 
 TEST_F(DeviceRefusalTest, ACaptureThatWasToGoOnIsUntouched) {

@@ -149,6 +149,22 @@ TEST_F(RecordDeviceTest, NoDeviceAtAllIsToldWithTheWayOut) {
                1);
 }
 
+TEST_F(RecordDeviceTest, WithoutASessionItsServersFolderIsNamed) {
+  const SoundConfig config("");
+  const ChildResult run = CorvaneInShell(
+      "export ALSA_CONFIG_PATH='" + config.environment()["ALSA_CONFIG_PATH"] +
+          "'\nunset XDG_RUNTIME_DIR\n",
+      "</dev/null", record_);
+  ShouldRefuse(run,
+               "the microphone: there is none: no sound card was found, and no "
+               "sound server runs; plug one in, and look with: corvane "
+               "devices; a server that runs is found with "
+               "XDG_RUNTIME_DIR=/run/user/" +
+                   std::to_string(getuid()) +
+                   ", which isn't set here, as under cron",
+               1);
+}
+
 TEST_F(RecordDeviceTest, AnUnknownDeviceNamesTheList) {
   ShouldRefuse(Run(kShort, {"record", "-D", "hw:CARD=Gone,DEV=1", take_}),
                "device hw:CARD=Gone,DEV=1: there is no such device; see those "

@@ -23,7 +23,9 @@ SoundConfig::SoundConfig(const std::string& devices) {
 }
 
 std::map<std::string, std::string> SoundConfig::environment() const {
-  return {{kPath, dir_.Path("asound.conf")}, {"HOME", dir_.path()}};
+  return {{kPath, dir_.Path("asound.conf")},
+          {"HOME", dir_.path()},
+          {"XDG_RUNTIME_DIR", dir_.path()}};
 }
 
 SoundHere::SoundHere(const std::string& devices) : config_(devices) {

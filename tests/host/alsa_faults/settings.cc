@@ -43,7 +43,10 @@ Settings settings_in(snd_config_t* config) {
       settings.format = snd_pcm_format_value(text_of(entry).c_str());
     }
     if (name == "script") settings.script = text_of(entry);
-    if (name == "open") settings.open_error = error_of(text_of(entry));
+    if (name == "open") {
+      settings.open_error = error_of(text_of(entry));
+      settings.is_stuck = text_of(entry) == "stuck";
+    }
     if (name == "settle") settings.settle_error = error_of(text_of(entry));
   }
   return settings;

@@ -14,8 +14,9 @@ struct Settings {
   long rate = 0;
   long channels = 0;
   std::string script;
-  int open_error = 0;    // of errno, negative
-  int settle_error = 0;  // likewise
+  int open_error = 0;     // of errno, negative
+  bool is_stuck = false;  // when it is opened
+  int settle_error = 0;   // likewise
 };
 
 Settings settings_in(snd_config_t* config);
