@@ -14,7 +14,7 @@ MOST_GROWTH_KIB = MIB  # between a short take and a long one
 
 
 def run(bench):
-    seconds, rounds = (30, 3) if bench.quick else (116, 9)
+    seconds, rounds = (30, 3) if bench.quick else (116, 25)
     result = compare_takes(bench, seconds, rounds)
     lengths = (1, 10) if bench.quick else (10, 100)
     peaks = {str(length): peak_of_takes(bench, length) for length in lengths}
