@@ -8,6 +8,7 @@
 
 #include <cstring>
 
+#include "audio/sound_device.h"
 #include "host/sound_config.h"
 #include "support/bytes.h"
 
@@ -184,6 +185,29 @@ TEST_F(MicrophoneTest, WhatIsMissingIsCountedThoughAReadTakesLessThanAPeriod) {
   frames_in_a_read_ = kMicrophoneRate / 8 - 10;
   ReadPastTheLoss();
   ShouldHaveLost(LossCause::kUnreported);
+}
+
+// Two seconds and a half, in which it wakes whoever waits for nothing.
+TEST_F(MicrophoneTest, ADeviceThatIsLateIsWaitedForWithoutSpinningOrALoss) {
+  Open(Ramp("60000 late 2500"));
+  ASSERT_NE(source_, nullptr) << error_.text;
+  ReadFrames(size_t{5} * kMicrophoneRate);
+  EXPECT_EQ(Jumps(), std::vector<int>());
+  EXPECT_TRUE(losses_.empty());
+  EXPECT_EQ(source_->overruns()->count, 0);
+  EXPECT_LE(wake_ups_, 2.5 * 50 + 5 * 8 + 10);
+}
+
+TEST_F(MicrophoneTest, ABufferOfASecondGoesBeforeAShortPeriod) {
+  const SoundHere sound(Ramp("", "periods 4"));
+  const corvane::PcmPtr pcm = corvane::open_pcm("", &error_);
+  ASSERT_NE(pcm, nullptr) << error_.text;
+  ASSERT_EQ(corvane::agree_on_format(pcm.get(), "", {}, &error_).sample_rate,
+            kMicrophoneRate);
+  snd_pcm_uframes_t buffer = 0;
+  snd_pcm_uframes_t period = 0;
+  ASSERT_EQ(snd_pcm_get_params(pcm.get(), &buffer, &period), 0);
+  EXPECT_GE(buffer, static_cast<snd_pcm_uframes_t>(kMicrophoneRate));
 }
 
 TEST_F(MicrophoneTest, TwoOverrunsInARowAreTwo) {

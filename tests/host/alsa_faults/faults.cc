@@ -6,6 +6,7 @@
 //   format S16_LE        also S32_LE, with the ramp in the upper half
 //   rate 0               the only one in Hz; 0 for any
 //   channels 0           their only number; 0 for any up to eight
+//   periods 0            the most in its buffer; 0 for any up to 1024
 //   script "4800 overrun 300 9600 gone 0"
 //   open busy            it can't be opened: EBUSY; also denied (EACCES),
 //                        forbidden (EPERM), unplugged (ENODEV), absent (ENXIO)
@@ -19,6 +20,8 @@
 //   - suspend: ESTRPIPE, and it can't resume: it is to be started anew
 //   - sleep: ESTRPIPE at once, and resuming does nothing until the time is over
 //   - silent: it says nothing
+//   - late: nothing comes, though its descriptor is readable, and then the ramp
+//     does, whole
 //   - gone: ENODEV, for ever
 //   - broken: EIO, for ever
 #include <alsa/asoundlib.h>
@@ -107,6 +110,10 @@ int on_poll(snd_pcm_ioplug_t* io, pollfd* descriptors, unsigned count,
   // As with hardware, the descriptor of one that sleeps is always readable.
   if (snd_pcm_state(io->pcm) == SND_PCM_STATE_SUSPENDED) {
     *events = POLLERR;
+    return 0;
+  }
+  if (device_of(io)->IsLate()) {
+    *events = POLLIN;
     return 0;
   }
   uint64_t expired = 0;

@@ -46,6 +46,11 @@ bool Device::IsFaultOver() const {
   return before_start + Clock() >= faults[0].at_frame + Frames(faults[0].ms);
 }
 
+bool Device::IsLate() const {
+  return !faults.empty() && faults[0].way == "late" &&
+         Read() >= faults[0].at_frame && !IsFaultOver();
+}
+
 void Device::SkipUnheard() {
   unheard += before_start + Clock() - faults[0].at_frame;
   before_start = faults[0].at_frame;
@@ -58,6 +63,10 @@ int Device::MeetFault() {
   const std::string& way = faults[0].way;
   if (way == "silent") {
     SkipUnheard();
+    return 0;
+  }
+  if (way == "late") {
+    faults.erase(faults.begin());
     return 0;
   }
   if (way == "gone") {

@@ -43,6 +43,7 @@ struct Device {
 
   bool IsFaultDue() const;
   bool IsFaultOver() const;
+  bool IsLate() const;
 
   // The ramp goes on from where it is now.
   void SkipUnheard();

@@ -39,6 +39,7 @@ Settings settings_in(snd_config_t* config) {
     const std::string name = id;
     if (name == "rate") snd_config_get_integer(entry, &settings.rate);
     if (name == "channels") snd_config_get_integer(entry, &settings.channels);
+    if (name == "periods") snd_config_get_integer(entry, &settings.periods);
     if (name == "format") {
       settings.format = snd_pcm_format_value(text_of(entry).c_str());
     }
@@ -63,7 +64,9 @@ void set_abilities(snd_pcm_ioplug_t* io, const Settings& settings) {
   set_range(io, SND_PCM_IOPLUG_HW_CHANNELS, settings.channels, 1, 8);
   set_range(io, SND_PCM_IOPLUG_HW_PERIOD_BYTES, 0, 64, 1 << 20);
   set_range(io, SND_PCM_IOPLUG_HW_BUFFER_BYTES, 0, 256, 4 << 20);
-  set_range(io, SND_PCM_IOPLUG_HW_PERIODS, 0, 2, 1024);
+  snd_pcm_ioplug_set_param_minmax(
+      io, SND_PCM_IOPLUG_HW_PERIODS, 2,
+      settings.periods == 0 ? 1024 : static_cast<unsigned>(settings.periods));
 }
 
 }  // namespace corvane_alsa_faults

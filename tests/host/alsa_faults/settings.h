@@ -13,6 +13,7 @@ struct Settings {
   snd_pcm_format_t format = SND_PCM_FORMAT_S16_LE;
   long rate = 0;
   long channels = 0;
+  long periods = 0;
   std::string script;
   int open_error = 0;     // of errno, negative
   bool is_stuck = false;  // when it is opened
