@@ -17,6 +17,9 @@ constexpr int kMostChannels = 6;   // of ADTS
 
 // A kill costs a period at most, and each one is a wake-up.
 constexpr unsigned kPeriodUs = 125000;
+// Less than is read at a time, whatever the format: who holds a part of what
+// PulseAudio's library has handed over when the server ends waits for ever.
+constexpr int64_t kMostPeriodBytes = 65536;
 constexpr unsigned kBufferUs = 4000000;
 // A flush or a busy machine may take this long.
 constexpr unsigned kLeastBufferUs = 1000000;
@@ -165,17 +168,24 @@ int agree(const Choice& choice, int wanted, snd_pcm_t* pcm,
   return 0;
 }
 
+unsigned period_of(const PcmFormat& format) {
+  const auto bytes_per_s =
+      static_cast<int64_t>(format.bytes_per_frame()) * format.sample_rate;
+  return static_cast<unsigned>(
+      std::min<int64_t>(kPeriodUs, kMostPeriodBytes * 1'000'000 / bytes_per_s));
+}
+
 // The period first; where that leaves too short a buffer, the buffer.
-int set_buffer(snd_pcm_t* pcm, HwParams* params) {
+int set_buffer(snd_pcm_t* pcm, const PcmFormat& format, HwParams* params) {
   HwParams tried = copy_of(*params);
-  unsigned period_us = kPeriodUs;
+  unsigned period_us = period_of(format);
   unsigned buffer_us = kBufferUs;
   snd_pcm_hw_params_set_period_time_near(pcm, tried.get(), &period_us, nullptr);
   snd_pcm_hw_params_set_buffer_time_near(pcm, tried.get(), &buffer_us, nullptr);
   if (buffer_us < kLeastBufferUs) {
     tried = copy_of(*params);
     buffer_us = kLeastBufferUs;
-    period_us = kPeriodUs;
+    period_us = period_of(format);
     snd_pcm_hw_params_set_buffer_time_near(pcm, tried.get(), &buffer_us,
                                            nullptr);
     snd_pcm_hw_params_set_period_time_near(pcm, tried.get(), &period_us,
@@ -225,7 +235,7 @@ PcmFormat agree_on_format(snd_pcm_t* pcm, const std::string& name,
   agreed.sample_rate = agree(choice_of_rate(), wanted.sample_rate, pcm, name,
                              params.get(), error);
   if (agreed.sample_rate == 0) return {};
-  failed = set_buffer(pcm, &params);
+  failed = set_buffer(pcm, agreed, &params);
   if (failed == 0) return agreed;
   error->text = why_not_open(name, failed);
   return {};

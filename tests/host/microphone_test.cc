@@ -210,6 +210,20 @@ TEST_F(MicrophoneTest, ABufferOfASecondGoesBeforeAShortPeriod) {
   EXPECT_GE(buffer, static_cast<snd_pcm_uframes_t>(kMicrophoneRate));
 }
 
+TEST_F(MicrophoneTest, APeriodOfTheLargestFormatIsAtMostHalfARead) {
+  const SoundHere sound(Ramp(""));
+  const corvane::PcmPtr pcm = corvane::open_pcm("", &error_);
+  ASSERT_NE(pcm, nullptr) << error_.text;
+  const PcmFormat agreed =
+      corvane::agree_on_format(pcm.get(), "", {96000, 6}, &error_);
+  ASSERT_EQ(agreed.sample_rate, 96000) << error_.text;
+  snd_pcm_uframes_t buffer = 0;
+  snd_pcm_uframes_t period = 0;
+  ASSERT_EQ(snd_pcm_get_params(pcm.get(), &buffer, &period), 0);
+  EXPECT_LE(period * agreed.bytes_per_frame(), 65536U);
+  EXPECT_GE(period * agreed.bytes_per_frame(), 60000U);
+}
+
 TEST_F(MicrophoneTest, TwoOverrunsInARowAreTwo) {
   Open(Ramp("12000 overrun 200 19200 overrun 200"));
   ASSERT_NE(source_, nullptr) << error_.text;
