@@ -38,7 +38,7 @@ check() {
 }
 
 # run_tests BUILD [CTEST ARGUMENT]...: runs every test program that the build
-# registered, or those that the arguments choose, two at a time, and counts the
+# registered, or those that the arguments choose, three at a time, and counts the
 # cases of each.
 run_tests() {
   local name=$1 started=$SECONDS log=$logs/tests_$1.log good=0 bad=0
