@@ -30,7 +30,7 @@ size_t seconds_played() {
 Bytes speech_of(size_t seconds) {
   const std::string folder = "/usr/share/sounds/alsa/";
   Bytes speech;
-  for (size_t round = 0; speech.size() < seconds * kStageRate * 2; ++round) {
+  while (speech.size() < seconds * kStageRate * 2) {
     for (const char* name :
          {"Front_Center.wav", "Rear_Left.wav", "Side_Right.wav",
           "Front_Left.wav", "Rear_Center.wav", "Side_Left.wav"}) {
