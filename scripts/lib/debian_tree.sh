@@ -65,7 +65,9 @@ enter_tree() {
   shift
   mkdir -p "$tree/corvane"
   # shellcheck disable=SC2016 # expanded inside
+  # A mount of its own, or nobody inside could have mounts that nobody else sees.
   unshare "${namespaces[@]}" --fork --kill-child sh -ec '
+    mount --bind "$1" "$1"
     mount --bind "$PWD" "$1/corvane"
     mount -o remount,bind,ro "$1/corvane"
     mount -t proc proc "$1/proc"

@@ -79,13 +79,8 @@ ended_well() {
 count_cases() {
   local results=$1 ended_well=$2 cases=1 skipped=0
   cases_held=$2
-  [[ ! -s $results ]] || read -r cases cases_held skipped < <(jq -r '
-    [.testsuites[].testsuite[]] as $all
-    | ($all | map(select(.result != "SKIPPED"))) as $run
-    | ($run | map(select(.result == "COMPLETED" and
-                         (has("failures") | not)))) as $held
-    | "\($run | length) \($held | length) \(($all | length) - ($run | length))"
-    ' "$results")
+  [[ ! -s $results ]] || read -r cases cases_held skipped < <(
+    jq -rs -f scripts/lib/count_cases.jq "$results")
   cases_bad=$((cases - cases_held))
   # A crash, a leak or a time-out spoils a program whose cases all held, and
   # no case at all is no proof.
