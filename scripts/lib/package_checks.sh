@@ -40,12 +40,13 @@ application_builds_with() {
   done
 }
 
+# build_application COMPILER TYPE [SETTING]...
 build_application() {
   local compiler=$1 type=$2 folder=$application/build/$1-$2
   cmake -G Ninja -S "$application/linux" -B "$folder" \
     "-DCMAKE_BUILD_TYPE=$type" -DFLUTTER_TARGET_PLATFORM=linux-x64 \
     "-DCMAKE_CXX_COMPILER=$compiler" -DCMAKE_CXX_STANDARD=14 \
-    -DCMAKE_CXX_FLAGS="-Wall -Wextra"
+    -DCMAKE_CXX_FLAGS="-Wall -Wextra" "${@:3}"
   ninja -C "$folder" install
 }
 
