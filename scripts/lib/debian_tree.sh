@@ -100,7 +100,7 @@ packages_for() {
   fi
   for package; do
     case $package in
-      g++) printf '%s\n' g++-aarch64-linux-gnu qemu-user ;;
+      g++) printf '%s\n' g++-aarch64-linux-gnu binutils qemu-user ;;
       libcli11-dev) echo "$package" ;; # headers alone, of no architecture
       lib*-dev | libasound2-plugins | ffmpeg) echo "$package:$arch" ;;
       *) echo "$package" ;;
