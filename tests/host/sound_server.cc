@@ -84,4 +84,10 @@ void SoundServer::Kill() {
   server_.reset();
 }
 
+void SoundServer::Stop() {
+  kill(-server_->pid(), SIGTERM);
+  server_->Wait();
+  server_.reset();
+}
+
 }  // namespace corvane_test

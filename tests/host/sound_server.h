@@ -38,6 +38,8 @@ class SoundServer {
 
   // Ends it, as if it had crashed.
   void Kill();
+  // Has it end by itself, and returns when it has.
+  void Stop();
 
  private:
   const ServerKind kind_;

@@ -94,10 +94,11 @@ class SoundServerTest : public ProgramTest {
   // On each of them, and a second of silence: a take that is ended behind it
   // has heard the sound.
   Players Play(const Bytes& sound, int ahead_s) {
-    WriteFile(Path("sound.raw"), Concat(sound, Bytes(kStageRate * 2)));
+    const std::string path = Path(std::to_string(sound.size()) + ".raw");
+    WriteFile(path, Concat(sound, Bytes(kStageRate * 2)));
     Players players;
     for (const auto& [name, server] : servers_) {
-      players.push_back(server->Play(Path("sound.raw"), ahead_s));
+      players.push_back(server->Play(path, ahead_s));
     }
     return players;
   }
@@ -211,6 +212,25 @@ TEST_F(SoundServerTest, WhatAStoppedProgramMissedIsTold) {
     EXPECT_NEAR(
         told, missing_ms(played, before, behind, Decoded(take.path), told), 50);
   }
+}
+
+// An eighth of a second of this format is more than a server sends at once. It
+// waits for who holds such a piece, and its library would wait for the server.
+TEST_F(SoundServerTest, AServerThatIsToldToEndWhileItPlaysLeavesASealedTake) {
+  const Takes takes = StartAndAwait("told", {"-r", "96000", "-c", "6"});
+  const Players players = Play(speech_of(10), 2);
+  AwaitEnd(Play(speech_of(1), 1));
+  for (const Take& take : takes) {
+    SCOPED_TRACE(take.path);
+    take.server->Stop();
+    const ChildResult run = take.recorder->Wait();
+    EXPECT_EQ(run.status, 1) << run.err;
+    ASSERT_NE(run.out, "") << run.err;
+    EXPECT_EQ(json::parse(run.out)["endedBy"], "error");
+    EXPECT_EQ(DecoderComplaints(take.path), "");
+  }
+  for (const auto& player : players) player->Wait();
+  StartServers();
 }
 
 TEST_F(SoundServerTest, AServerThatEndsLeavesASealedTakeAndNoneUntilItIsBack) {
