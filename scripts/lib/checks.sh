@@ -5,7 +5,7 @@ sample=/usr/share/sounds/alsa/Front_Center.wav
 
 scripts_are_sound() {
   shellcheck -x scripts/run scripts/test scripts/bench scripts/crash-demo \
-    bench/compare bench/charts bench/flush \
+    bench/compare bench/charts bench/flush bench/arm \
     scripts/crash-test scripts/power-cut scripts/power-demo scripts/fuzz \
     scripts/soak scripts/coverage scripts/counts scripts/mutants scripts/check-debian scripts/check-package \
     scripts/check-flutter \
