@@ -25,7 +25,7 @@ def x86_counts(path):
     """{object: instructions} of a profile that was summed up."""
     counts = collections.Counter()
     for line in path.with_suffix(".sums").read_text().splitlines():
-        kind, name, number = line.rsplit(" ", 2)[-3:]
+        kind, name, number = line.rsplit(" ", 2)
         if kind == "instructions":
             counts[name] += int(number)
     return counts
